@@ -1,0 +1,66 @@
+#pragma once
+
+#include <vector>
+
+#include "contacts/model/IKRPerson.h"
+#include "contacts/model/KRGroup.h"
+#include "contacts/model/KRProperty.h"
+#include "contacts/model/KRTagManager.h"
+#include "platform/KRList.h"
+#include "platform/KRValue.h"
+
+/// An address book. This class is a whole one that lives in memory; books with a store behind them derive from it.
+///
+/// A book owns its persons; a person that outlives its book answers no `addressBookID` any more. One thread at a time,
+/// or readers only.
+class KRAddressBook : public KRObject {
+ public:
+  KRAddressBook(KRString ID, KRString name);
+  ~KRAddressBook() override;
+
+  /// Stable identifier of the book.
+  virtual KRString ID() const;
+  /// The name shown to the user.
+  virtual KRString name() const;
+  /// The book's picture, or nothing.
+  virtual KRRef<KRData> thumbnail() const;
+  /// The large and the small logo (PNG), or nothing.
+  virtual KRRef<KRData> logo1() const;
+  virtual KRRef<KRData> logo2() const;
+  /// Whether the book lives on a server.
+  virtual bool isInternetAdressBook() const;
+
+  /// Every person of the book: the live list, valid while the book lives.
+  virtual KRPersonList& allPersons();
+  virtual size_t allPersonsCount();
+  /// The groups at the top of the book.
+  virtual std::vector<KRRef<KRGroup>> rootGroups();
+  virtual size_t rootGroupsCount();
+  /// The properties that persons of this book can hold, and those shown first.
+  virtual std::vector<const KRProperty*> supportProperty();
+  virtual std::vector<const KRProperty*> commonProperty();
+  virtual KRTagManager* tagManager();
+  /// The persons whose `ID` is in the list, in the book's order (written form: `personsForIDs:`).
+  virtual std::vector<KRRef<IKRPerson>> personsForIDs(const KRStringList& IDs);
+
+  /// A new empty person that already belongs to this book; the caller shares it with the book.
+  virtual KRRef<IKRPerson> newPerson();
+  /// Adds a person that belongs to no book yet; one of another book is taken over by reference (written form:
+  /// `addPerson:`). Nothing is ignored.
+  virtual void addPerson(IKRPerson* person);
+  virtual void addPersons(const std::vector<KRRef<IKRPerson>>& persons);
+  /// Removes the persons from the book, in memory until `save`; those that it does not hold are passed over (written
+  /// form: `removePersons:`). Linear in the persons given.
+  virtual void removePersons(const KRPersonArray& persons);
+  /// Writes pending changes; a book in memory has nowhere to write to.
+  virtual void save();
+  virtual void sync();
+  virtual void update();
+
+ protected:
+  KRPersonList persons_;
+
+ private:
+  KRString ID_;
+  KRString name_;
+};

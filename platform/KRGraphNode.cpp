@@ -1,0 +1,183 @@
+#include "platform/KRGraphNode.h"
+
+#include <atomic>
+#include <mutex>
+#include <vector>
+
+#include "platform/KRFatal.h"
+
+namespace {
+
+// One lock for all graphs: it is held for a few instructions, and graphs are built by one thread at a time.
+std::mutex& graphLock() noexcept {
+  static std::mutex& lock = *new std::mutex;
+  return lock;
+}
+
+std::atomic<uint64_t> liveNodes{0};
+
+}  // namespace
+
+/// Nodes that live and die together: a ring-free list of them, and how many are held from outside.
+struct KRGraphNode::Group {
+  const KRGraphNode* first = nullptr;
+  uint64_t size = 0;
+  uint64_t held = 0;
+
+  void add(const KRGraphNode* node) noexcept {
+    node->group_ = this;
+    node->previous_ = nullptr;
+    node->next_ = first;
+    if (first != nullptr) first->previous_ = node;
+    first = node;
+    ++size;
+    held += node->held_ ? 1U : 0U;
+  }
+
+  void remove(const KRGraphNode* node) noexcept {
+    (node->previous_ != nullptr ? node->previous_->next_ : first) = node->next_;
+    if (node->next_ != nullptr) node->next_->previous_ = node->previous_;
+    node->group_ = nullptr;
+    node->previous_ = nullptr;
+    node->next_ = nullptr;
+    --size;
+    held -= node->held_ ? 1U : 0U;
+  }
+};
+
+/// The graph's lock, and the nodes that turned out to be dead while it was held; they are destroyed after it is left,
+/// since destructors run code of others.
+class KRGraphNode::Locked {
+ public:
+  Locked() : lock_(graphLock()) {}
+  Locked(const Locked&) = delete;
+  Locked& operator=(const Locked&) = delete;
+  ~Locked() {
+    lock_.unlock();
+    // The one that dies by itself goes first: the group that it was in may be dying too, and its edges lead there.
+    delete alone_;
+    for (const KRGraphNode* node : dead_) delete node;
+  }
+
+  /// Settles a node after one of its counts fell.
+  void settle(const KRGraphNode* node) {
+    if (node->life_ != Life::Alive) return;
+    if (!node->held_ && node->incoming_ == 0) {
+      die(node);
+    } else if (node->incoming_ == 0 && node->outgoing_ == 0 && node->group_ != nullptr) {
+      leave(node);
+    } else if (node->group_ != nullptr && node->group_->held == 0) {
+      dieTogether(node->group_);
+    }
+  }
+
+  static void join(const KRGraphNode* a, const KRGraphNode* b) {
+    if (a->group_ == nullptr && b->group_ == nullptr) {
+      auto* group = new Group;
+      group->add(a);
+      if (a != b) group->add(b);
+    } else if (a->group_ == nullptr) {
+      b->group_->add(a);
+    } else if (b->group_ == nullptr) {
+      a->group_->add(b);
+    } else if (a->group_ != b->group_) {
+      merge(a->group_, b->group_);
+    }
+  }
+
+ private:
+  static void merge(Group* a, Group* b) {
+    Group* large = a->size >= b->size ? a : b;
+    Group* small = large == a ? b : a;
+    while (small->first != nullptr) {
+      const KRGraphNode* node = small->first;
+      small->remove(node);
+      large->add(node);
+    }
+    delete small;
+  }
+
+  void die(const KRGraphNode* node) {
+    if (node->group_ != nullptr) leave(node);
+    node->life_ = Life::DyingAlone;
+    // At most one: only the target of a reference that ended, or a node just let go, can die by itself.
+    alone_ = node;
+  }
+
+  void leave(const KRGraphNode* node) {
+    Group* group = node->group_;
+    group->remove(node);
+    if (group->size == 0) {
+      delete group;
+    } else if (group->held == 0) {
+      dieTogether(group);
+    }
+  }
+
+  void dieTogether(Group* group) {
+    dead_.reserve(dead_.size() + group->size);
+    for (const KRGraphNode* node = group->first; node != nullptr; node = node->next_) {
+      node->life_ = Life::DyingWithGroup;
+      node->group_ = nullptr;
+      dead_.push_back(node);
+    }
+    delete group;
+  }
+
+  std::unique_lock<std::mutex> lock_;
+  const KRGraphNode* alone_ = nullptr;
+  std::vector<const KRGraphNode*> dead_;
+};
+
+KRGraphNode::KRGraphNode() noexcept {
+  isGraphNode_ = true;
+  liveNodes.fetch_add(1, std::memory_order_relaxed);
+}
+
+KRGraphNode::~KRGraphNode() {
+  liveNodes.fetch_sub(1, std::memory_order_relaxed);
+}
+
+uint64_t KRGraphNode::liveCount() noexcept {
+  return liveNodes.load(std::memory_order_relaxed);
+}
+
+void KRGraphNode::beginReference(const KRGraphNode* target) const {
+  const Locked graph;
+  if (life_ != Life::Alive || target->life_ != Life::Alive)
+    KRFatal("an object was linked into a graph while it was being destroyed");
+  ++outgoing_;
+  ++target->incoming_;
+  Locked::join(this, target);
+}
+
+void KRGraphNode::endReference(const KRGraphNode* target) const {
+  Locked graph;
+  // Of a group that dies as a whole the targets may be gone already; their counts no longer matter.
+  if (life_ == Life::DyingWithGroup) return;
+  --outgoing_;
+  --target->incoming_;
+  graph.settle(target);
+  if (target != this) graph.settle(this);
+}
+
+void KRGraphNode::firstReference() const noexcept {
+  const Locked graph;
+  if (held_ || life_ != Life::Alive) return;
+  held_ = true;
+  if (group_ != nullptr) ++group_->held;
+}
+
+void KRGraphNode::releaseInGraph() const noexcept {
+  uint32_t count = count_.load(std::memory_order_relaxed);
+  while (count > 1) {
+    if (count_.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel, std::memory_order_relaxed)) return;
+  }
+  // The last one goes under the lock: otherwise another thread could reach the node through the graph, take and drop a
+  // reference, and destroy it before this thread gets here.
+  Locked graph;
+  if (count_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  held_ = false;
+  if (group_ != nullptr) --group_->held;
+  graph.settle(this);
+}

@@ -1,0 +1,201 @@
+#include "platform/KRList.h"
+
+#include "platform/KRFatal.h"
+
+/// From object to slots, built when a removal or a look-up first needs it in a long list, and dropped when slots move.
+/// Open addressing over slot numbers: eight bytes an element at the most.
+struct KRListCore::Index {
+  static constexpr uint32_t kFree = 0xFFFFFFFFU;
+  static constexpr uint32_t kTaken = 0xFFFFFFFEU;
+
+  std::vector<uint32_t> cells;
+  size_t used = 0;
+
+  size_t cellOf(const KRObject* object) const { return object->hash() & (cells.size() - 1); }
+  size_t next(size_t cell) const { return (cell + 1) & (cells.size() - 1); }
+
+  void build(const std::vector<KRObject*>& slots, size_t from, size_t count) {
+    size_t size = 64;
+    while (size < count * 2) size *= 2;
+    cells.assign(size, kFree);
+    used = 0;
+    for (size_t slot = from; slot < slots.size(); ++slot) {
+      if (slots[slot] != nullptr) add(slots[slot], slot);
+    }
+  }
+
+  void add(const KRObject* object, size_t slot) {
+    size_t cell = cellOf(object);
+    while (cells[cell] != kFree) cell = next(cell);
+    cells[cell] = static_cast<uint32_t>(slot);
+    ++used;
+  }
+
+  bool isFull() const { return used * 4 >= cells.size() * 3; }
+
+  void remove(const KRObject* object, size_t slot) {
+    size_t cell = cellOf(object);
+    while (cells[cell] != slot) cell = next(cell);
+    cells[cell] = kTaken;
+  }
+
+  /// The earliest slot that holds an equal object, or `kFree`.
+  uint32_t find(const std::vector<KRObject*>& slots, const KRObject* object) const {
+    uint32_t earliest = kFree;
+    for (size_t cell = cellOf(object); cells[cell] != kFree; cell = next(cell)) {
+      const uint32_t slot = cells[cell];
+      if (slot == kTaken || slot >= earliest) continue;
+      if (krEqualObjects(slots[slot], object)) earliest = slot;
+    }
+    return earliest;
+  }
+};
+
+KRListCore::~KRListCore() {
+  for (const KRObject* object : slots_) {
+    if (object != nullptr) drop(object);
+  }
+}
+
+void KRListCore::changedWhileWalked() noexcept {
+  KRFatal("a list was changed while it was being walked");
+}
+
+void KRListCore::keep(const KRObject* object) const {
+  if (owner_ != nullptr) {
+    owner_->beginReference(static_cast<const KRGraphNode*>(object));
+  } else {
+    object->retain();
+  }
+}
+
+void KRListCore::drop(const KRObject* object) const {
+  if (owner_ != nullptr) {
+    owner_->endReference(static_cast<const KRGraphNode*>(object));
+  } else {
+    object->release();
+  }
+}
+
+KRListCore::Index& KRListCore::index() const {
+  if (!index_) {
+    index_ = std::make_unique<Index>();
+    index_->build(slots_, head_, count());
+  }
+  return *index_;
+}
+
+size_t KRListCore::findSlot(const KRObject* object) const {
+  const size_t front = firstSlot();
+  if (front < slots_.size() && slots_[front] == object) return front;
+  if (count() > kSmall) {
+    const uint32_t found = index().find(slots_, object);
+    return found == Index::kFree ? slots_.size() : found;
+  }
+  for (size_t slot = front; slot < slots_.size(); ++slot) {
+    if (slots_[slot] != nullptr && krEqualObjects(slots_[slot], object)) return slot;
+  }
+  return slots_.size();
+}
+
+void KRListCore::settle() const {
+  if (head_ == 0 && holes_ == 0) return;
+  slots_.erase(slots_.begin(), slots_.begin() + head_);
+  if (holes_ != 0) std::erase(slots_, nullptr);
+  head_ = 0;
+  holes_ = 0;
+  index_.reset();
+}
+
+KRObject* KRListCore::objectAt(size_t index) const {
+  if (index >= count()) KRFatal("an index is out of the range of a list");
+  if (holes_ != 0) {
+    // The front is reached without moving anything, so that taking one element after the other stays linear.
+    if (index == 0) return slots_[firstSlot()];
+    settle();
+  }
+  return slots_[head_ + index];
+}
+
+size_t KRListCore::firstEqual(const KRObject* object) const {
+  if (object == nullptr) return count();
+  settle();
+  const auto found =
+      std::find_if(slots_.begin(), slots_.end(), [&](KRObject* each) { return krEqualObjects(each, object); });
+  return static_cast<size_t>(found - slots_.begin());
+}
+
+bool KRListCore::holds(const KRObject* object) const {
+  return object != nullptr && findSlot(object) < slots_.size();
+}
+
+void KRListCore::appendObject(KRObject* object) {
+  if (object == nullptr) return;
+  keep(object);
+  if (index_ && index_->isFull()) index_.reset();
+  if (index_) index_->add(object, slots_.size());
+  slots_.push_back(object);
+  ++changes_;
+}
+
+void KRListCore::insertObject(KRObject* object, size_t index) {
+  if (object == nullptr) return;
+  if (index >= count()) return appendObject(object);
+  settle();
+  keep(object);
+  slots_.insert(slots_.begin() + static_cast<std::ptrdiff_t>(index), object);
+  noteChange();
+}
+
+void KRListCore::setObjectAt(KRObject* object, size_t index) {
+  if (object == nullptr || index >= count()) KRFatal("an index is out of the range of a list");
+  settle();
+  keep(object);
+  std::swap(slots_[index], object);
+  noteChange();
+  drop(object);
+}
+
+/// Empties one slot; the elements before and behind it stay where they are.
+void KRListCore::take(size_t slot) {
+  const KRObject* object = slots_[slot];
+  if (index_) index_->remove(object, slot);
+  slots_[slot] = nullptr;
+  ++holes_;
+  ++changes_;
+  while (head_ < slots_.size() && slots_[head_] == nullptr) {
+    ++head_;
+    --holes_;
+  }
+  if (head_ == slots_.size()) settle();
+  drop(object);
+}
+
+bool KRListCore::removeEqual(const KRObject* object) {
+  if (object == nullptr) return false;
+  // The caller's pointer may be the list's own last reference.
+  const KRRef<const KRObject> alive(object);
+  bool any = false;
+  for (size_t slot = findSlot(object); slot < slots_.size(); slot = findSlot(object)) {
+    take(slot);
+    any = true;
+  }
+  return any;
+}
+
+void KRListCore::removeObjectAt(size_t index) {
+  if (index >= count()) KRFatal("an index is out of the range of a list");
+  if (index != 0) settle();
+  take(index == 0 ? firstSlot() : head_ + index);
+}
+
+void KRListCore::clear() {
+  std::vector<KRObject*> old;
+  old.swap(slots_);
+  head_ = 0;
+  holes_ = 0;
+  noteChange();
+  for (const KRObject* object : old) {
+    if (object != nullptr) drop(object);
+  }
+}

@@ -1,0 +1,117 @@
+#include "platform/KRString.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+bool isContinuation(unsigned char byte) noexcept {
+  return (byte & 0xC0U) == 0x80U;
+}
+
+/// The length of the well-formed sequence at the start of `bytes`, or 0. `skip` is how much of an ill-formed one counts
+/// as one mistake (the maximal part of a sequence, at least one byte).
+size_t sequenceLength(std::string_view bytes, size_t& skip) noexcept {
+  const auto at = [&](size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  skip = 1;
+  const unsigned char lead = at(0);
+  if (lead < 0x80) return 1;
+  if (lead < 0xC2 || lead > 0xF4) return 0;
+  const size_t length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  // The second byte's range rules out overlong forms, surrogates and what lies beyond U+10FFFF.
+  const unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+  const unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+  for (size_t i = 1; i < length; ++i) {
+    if (i >= bytes.size()) return 0;
+    const bool fits = i == 1 ? at(1) >= low && at(1) <= high : isContinuation(at(i));
+    if (!fits) return 0;
+    skip = i + 1;
+  }
+  return length;
+}
+
+/// How many bytes from the start are plain ASCII, in steps of eight.
+size_t asciiPrefix(std::string_view bytes) noexcept {
+  size_t done = 0;
+  for (; done + 8 <= bytes.size(); done += 8) {
+    uint64_t word;
+    std::memcpy(&word, bytes.data() + done, sizeof word);
+    if ((word & 0x8080808080808080U) != 0) break;
+  }
+  while (done < bytes.size() && static_cast<unsigned char>(bytes[done]) < 0x80) ++done;
+  return done;
+}
+
+/// Where the first ill-formed sequence begins, or the size; `skip` as above.
+size_t wellFormedPrefix(std::string_view bytes, size_t& skip) noexcept {
+  size_t position = 0;
+  while (true) {
+    position += asciiPrefix(bytes.substr(position));
+    if (position == bytes.size()) return position;
+    const size_t length = sequenceLength(bytes.substr(position), skip);
+    if (length == 0) return position;
+    position += length;
+  }
+}
+
+}  // namespace
+
+bool krIsWellFormed(std::string_view bytes) noexcept {
+  size_t skip = 0;
+  return wellFormedPrefix(bytes, skip) == bytes.size();
+}
+
+std::string krWellFormed(std::string_view bytes) {
+  std::string result;
+  result.reserve(bytes.size());
+  while (true) {
+    size_t skip = 0;
+    const size_t good = wellFormedPrefix(bytes, skip);
+    result.append(bytes.substr(0, good));
+    if (good == bytes.size()) return result;
+    result.append(kReplacement);
+    bytes.remove_prefix(good + skip);
+  }
+}
+
+KRString::KRString(std::string_view text) : literal_(nullptr) {
+  *this = krIsWellFormed(text) ? trusted(text) : trusted(krWellFormed(text));
+}
+
+KRString::KRString(KRText text) : literal_(nullptr) {
+  if (!text.isNothing()) *this = trusted(text.view());
+}
+
+KRString KRString::trusted(std::string_view text) {
+  if (text.empty()) return literal("", 0);
+  KRSlab* slab = KRSlab::create(static_cast<uint32_t>(text.size()));
+  std::memcpy(slab->bytes(), text.data(), text.size());
+  KRString string = slice(slab, 0, static_cast<uint32_t>(text.size()));
+  slab->release();
+  return string;
+}
+
+KRString KRString::slice(KRSlab* slab, uint32_t offset, uint32_t size) noexcept {
+  KRString string;
+  slab->retain();
+  string.slab_ = slab;
+  string.offset_ = offset;
+  string.size_ = size;
+  return string;
+}
+
+KRString krConcat(std::initializer_list<KRText> pieces) {
+  std::string joined;
+  for (const KRText piece : pieces) joined.append(piece.view());
+  return KRString::trusted(joined);
+}
+
+KRString krFormat(KRText format, KRText argument) {
+  constexpr std::string_view kPlace = "%@";
+  const std::string_view whole = format.view();
+  const size_t place = whole.find(kPlace);
+  if (place == std::string_view::npos) return KRString(format);
+  const KRText filled = argument.isNothing() ? KRText("(null)") : argument;
+  return krConcat({whole.substr(0, place), filled, whole.substr(place + kPlace.size())});
+}
