@@ -51,6 +51,8 @@ struct KRListCore::Index {
   }
 };
 
+void KRListCore::IndexDeleter::operator()(Index* index) const noexcept { delete index; }
+
 KRListCore::~KRListCore() {
   for (const KRObject* object : slots_) {
     if (object != nullptr) drop(object);
@@ -79,7 +81,7 @@ void KRListCore::drop(const KRObject* object) const {
 
 KRListCore::Index& KRListCore::index() const {
   if (!index_) {
-    index_ = std::make_unique<Index>();
+    index_.reset(new Index);
     index_->build(slots_, head_, count());
   }
   return *index_;

@@ -60,6 +60,9 @@ class KRListCore {
 
  private:
   struct Index;
+  struct IndexDeleter {
+    void operator()(Index* index) const noexcept;
+  };
   static constexpr size_t kSmall = 16;
 
   void keep(const KRObject* object) const;
@@ -72,7 +75,7 @@ class KRListCore {
   mutable uint32_t head_ = 0;
   mutable uint32_t holes_ = 0;
   uint32_t changes_ = 0;
-  mutable std::unique_ptr<Index> index_;
+  mutable std::unique_ptr<Index, IndexDeleter> index_;
   const KRGraphNode* owner_;
 };
 
