@@ -154,7 +154,7 @@ void KRGraphNode::beginReference(const KRGraphNode* target) const {
 void KRGraphNode::endReference(const KRGraphNode* target) const {
   Locked graph;
   // Of a group that dies as a whole the targets may be gone already; their counts no longer matter.
-  if (life_ == Life::DyingWithGroup) return;
+  if (diesWithGroup()) return;
   --outgoing_;
   --target->incoming_;
   graph.settle(target);

@@ -21,6 +21,10 @@ class KRGraphNode : public KRObject {
   void beginReference(const KRGraphNode* target) const;
   void endReference(const KRGraphNode* target) const;
 
+  /// Whether this node dies together with its group: then its targets may be gone already, and its references need not
+  /// be ended.
+  bool diesWithGroup() const noexcept { return life_ == Life::DyingWithGroup; }
+
   /// How many nodes exist in the process; for tests that show that nothing is left behind.
   static uint64_t liveCount() noexcept;
 

@@ -54,6 +54,7 @@ struct KRListCore::Index {
 void KRListCore::IndexDeleter::operator()(Index* index) const noexcept { delete index; }
 
 KRListCore::~KRListCore() {
+  if (owner_ != nullptr && owner_->diesWithGroup()) return;
   for (const KRObject* object : slots_) {
     if (object != nullptr) drop(object);
   }
