@@ -1,0 +1,10 @@
+# The benchmark: built with everything else so that it keeps compiling, run by hand.
+file(GLOB KR_BENCH_SOURCES CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/bench/*.cpp")
+if(KR_BENCH_SOURCES AND NOT KR_FUZZ)
+  find_package(benchmark REQUIRED)
+  add_executable(kr_bench ${KR_BENCH_SOURCES})
+  kr_compile_options(kr_bench)
+  # A source of bench/ may have a main function of its own; the library's is taken only where none has.
+  target_link_libraries(kr_bench PRIVATE KRAddressBookManagerSDK benchmark::benchmark benchmark::benchmark_main)
+  target_compile_definitions(kr_bench PRIVATE "KR_SOURCE_DIR=\"${PROJECT_SOURCE_DIR}\"")
+endif()

@@ -1,0 +1,63 @@
+# Tests: one program for each folder of tests/ that holds sources, every test of it known to ctest by its own name; and
+# the Python tests of the command-line host.
+find_package(GTest REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(LIBPLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+include(GoogleTest)
+
+# The main function shared by all of them, and the precompiled header: built once, used by each program.
+add_library(kr_test_main STATIC tests/support/KRTestMain.cpp)
+kr_compile_options(kr_test_main)
+target_compile_definitions(
+  kr_test_main PUBLIC "KR_SOURCE_DIR=\"${PROJECT_SOURCE_DIR}\"" "KR_TEST_DATA_DIR=\"${PROJECT_SOURCE_DIR}/tests/data\""
+                      "KR_PROGRAM=\"${PROJECT_BINARY_DIR}/krcontacts\"")
+target_link_libraries(kr_test_main PUBLIC KRAddressBookManagerSDK GTest::gmock GTest::gtest PkgConfig::LIBPLIST
+                                          Threads::Threads)
+target_precompile_headers(
+  kr_test_main PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <atomic> <functional> <map> <memory> <random> <set>
+  <string> <string_view> <thread> <unordered_map> <utility> <vector>)
+
+file(GLOB KR_TEST_FOLDERS CONFIGURE_DEPENDS LIST_DIRECTORIES true RELATIVE "${PROJECT_SOURCE_DIR}/tests"
+     "${PROJECT_SOURCE_DIR}/tests/*")
+foreach(folder IN LISTS KR_TEST_FOLDERS)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
+  if(NOT sources OR folder MATCHES "^(data|support)$")
+    continue()
+  endif()
+  add_executable(tests_${folder} ${sources})
+  kr_compile_options(tests_${folder})
+  target_link_libraries(tests_${folder} PRIVATE kr_test_main)
+  target_precompile_headers(tests_${folder} REUSE_FROM kr_test_main)
+  if(TARGET krcontacts)
+    add_dependencies(tests_${folder} krcontacts)
+  endif()
+  gtest_discover_tests(tests_${folder} WORKING_DIRECTORY "${PROJECT_BINARY_DIR}" DISCOVERY_TIMEOUT 120
+                       PROPERTIES TIMEOUT 300)
+endforeach()
+
+# kr_command_test(<name> <command>...): a test that runs a command in a home folder of its own.
+function(kr_command_test name)
+  set(home "${PROJECT_BINARY_DIR}/test-homes/${name}")
+  file(MAKE_DIRECTORY "${home}")
+  add_test(NAME ${name} COMMAND ${ARGN})
+  set_tests_properties(
+    ${name} PROPERTIES TIMEOUT 600 ENVIRONMENT "HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;\
+XDG_CACHE_HOME=${home}/cache;XDG_STATE_HOME=${home}/state;PYTHONDONTWRITEBYTECODE=1")
+endfunction()
+
+if(TARGET krcontacts)
+  file(GLOB scripts CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/app/test_*.py")
+  foreach(script IN LISTS scripts)
+    cmake_path(GET script STEM stem)
+    kr_command_test(app.${stem} "${Python3_EXECUTABLE}" "${script}" "$<TARGET_FILE:krcontacts>")
+  endforeach()
+endif()
+
+# The example host is built as a stranger would: against an installed copy, in a build of its own.
+if(EXISTS "${PROJECT_SOURCE_DIR}/examples/host/CMakeLists.txt")
+  kr_command_test(
+    examples.host "${CMAKE_COMMAND}" "-DBUILD=${PROJECT_BINARY_DIR}" "-DSOURCE=${PROJECT_SOURCE_DIR}/examples/host"
+    "-DINPUT=${PROJECT_SOURCE_DIR}/examples/address-book.vcf" "-DGENERATOR=${CMAKE_GENERATOR}"
+    "-DCOMPILER=${CMAKE_CXX_COMPILER}" "-DSANITIZE=${KR_SANITIZE}" -P "${CMAKE_CURRENT_LIST_DIR}/BuildInstalledHost.cmake")
+endif()
