@@ -1,10 +1,10 @@
-# kr_embed_resources(<target> <folder> PATTERNS <pattern>...)
+# kr_embed_resources(<variable> <folder> PATTERNS <pattern>...)
 #
-# Compiles the files of <folder> that match into <target>, which must have sources; platform/KREmbeddedResources.h gives
-# them back. A program finds its texts and images in itself: nothing is looked up beside it at run time.
+# Sets <variable> to a generated source that holds the files of <folder> that match; platform/KREmbeddedResources.h
+# gives them back. A program finds its texts and images in itself: nothing is looked up beside it at run time.
 set(KR_EMBED_SCRIPT "${CMAKE_CURRENT_LIST_DIR}/EmbedFiles.cmake")
 
-function(kr_embed_resources target folder)
+function(kr_embed_resources variable folder)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "PATTERNS")
   set(patterns)
   foreach(pattern IN LISTS arg_PATTERNS)
@@ -25,5 +25,5 @@ function(kr_embed_resources target folder)
     DEPENDS ${paths} "${list}" "${KR_EMBED_SCRIPT}"
     COMMENT "Embedding resources"
     VERBATIM)
-  target_sources(${target} PRIVATE "${output}")
+  set(${variable} "${output}" PARENT_SCOPE)
 endfunction()

@@ -1,7 +1,13 @@
 # Fuzz programs: each source of fuzz/ defines LLVMFuzzerTestOneInput and is a program of its own. The normal build gives
-# it a plain main that takes files and folders, and ctest runs it briefly over the test data; with KR_FUZZ (Clang) it is
-# linked with libFuzzer instead.
+# it a plain main that takes files and folders, and ctest runs it briefly over the test data and the examples; with
+# KR_FUZZ (Clang) it is linked with libFuzzer instead.
 file(GLOB KR_FUZZ_SOURCES CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/fuzz/*.cpp")
+set(KR_FUZZ_SEEDS)
+foreach(folder IN ITEMS tests/data examples)
+  if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}")
+    list(APPEND KR_FUZZ_SEEDS "${PROJECT_SOURCE_DIR}/${folder}")
+  endif()
+endforeach()
 foreach(source IN LISTS KR_FUZZ_SOURCES)
   cmake_path(GET source STEM stem)
   set(name fuzz_${stem})
@@ -13,6 +19,6 @@ foreach(source IN LISTS KR_FUZZ_SOURCES)
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
   else()
     target_sources(${name} PRIVATE "${PROJECT_SOURCE_DIR}/fuzz/support/KRFuzzMain.cpp")
-    kr_command_test(fuzz.${stem} ${name} --runs=2000 "${PROJECT_SOURCE_DIR}/tests/data")
+    kr_command_test(fuzz.${stem} ${name} --runs=2000 ${KR_FUZZ_SEEDS})
   endif()
 endforeach()

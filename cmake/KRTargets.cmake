@@ -1,11 +1,11 @@
-# kr_library(<name> FOLDERS <folder>... [PUBLIC_LINKS <target>...] [PRIVATE_LINKS <target>...])
+# kr_library(<name> FOLDERS <folder>... [SOURCES <file>...] [PUBLIC_LINKS <target>...] [PRIVATE_LINKS <target>...])
 #
-# A static library of every source in the given folders (not in their subfolders). Sources are found by looking, so a
-# new class needs no list edited. A library whose folders hold no source is an interface library that passes its public
-# links on.
+# A static library of every source in the given folders (not in their subfolders) and of the generated ones in SOURCES.
+# Sources are found by looking, so a new class needs no list edited. A library without any source is an interface
+# library that passes its public links on.
 function(kr_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;PUBLIC_LINKS;PRIVATE_LINKS")
-  set(sources)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;SOURCES;PUBLIC_LINKS;PRIVATE_LINKS")
+  set(sources ${arg_SOURCES})
   foreach(folder IN LISTS arg_FOLDERS)
     file(GLOB found CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
     list(APPEND sources ${found})

@@ -81,9 +81,10 @@ kr_install() {
 }
 
 # kr_build PRESET [TARGET...]: configures build/PRESET if that was never done, and builds. Two calls at once take turns.
-# Ninja says nothing when there is nothing to do, and prints the compiler's output when it fails.
+# The first build shows its progress; a later one says nothing but what the compiler has to say.
 kr_build() {
   local preset=$1 folder=$KR_ROOT/build/$1 lock
+  local first=false
   shift
   mkdir -p "$folder"
   exec {lock}> "$folder/.lock"
@@ -98,10 +99,15 @@ kr_build() {
       exit 2
     fi
     kr_say "Building; the first time takes some minutes"
+    first=true
   fi
-  if ! ninja -C "$folder" --quiet "$@" >&2; then
+  if $first; then
+    ninja -C "$folder" "$@" >&2
+  else
+    ninja -C "$folder" --quiet "$@" | { grep -vxF 'ninja: no work to do.' || true; } >&2
+  fi || {
     kr_say "The build failed."
     exit 2
-  fi
+  }
   exec {lock}>&-
 }
