@@ -18,6 +18,10 @@ endif()
 function(kr_compile_options target)
   # Percentages are compared digit for digit, so no multiplication may be fused with an addition.
   target_compile_options(${target} PRIVATE -ffp-contract=off -Wall -Wextra -Wpedantic -Wconversion)
+  if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    # In C++, GCC's -Wconversion leaves signs alone; both compilers shall ask for the same.
+    target_compile_options(${target} PRIVATE -Wno-sign-conversion)
+  endif()
   if(KR_WERROR)
     target_compile_options(${target} PRIVATE -Werror)
   endif()

@@ -114,8 +114,9 @@ std::string mutated(const std::vector<std::string>& seeds, Random& random) {
       }
       default:
         if (place < text.size()) {
-          text[place] =
-              static_cast<char>(random.below(2) == 0 ? text[place] ^ (1 << random.below(8)) : random.below(256));
+          const std::size_t bit = std::size_t{1} << random.below(8);
+          const std::size_t changed = static_cast<unsigned char>(text[place]) ^ bit;
+          text[place] = static_cast<char>(random.below(2) == 0 ? changed : random.below(256));
         }
     }
   }
