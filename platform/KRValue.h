@@ -115,6 +115,7 @@ class KRData : public KRObject {
  public:
   explicit KRData(std::string bytes) : bytes_(std::move(bytes)) {}
   explicit KRData(std::string_view bytes) : bytes_(bytes) {}
+  explicit KRData(const char* bytes) : bytes_(bytes) {}
 
   std::string_view bytes() const noexcept { return bytes_; }
 
