@@ -27,7 +27,7 @@ std::filesystem::path enterHome() {
   if (mkdtemp(folder.data()) == nullptr) {
     return {};
   }
-  const std::filesystem::path home = folder;
+  std::filesystem::path home = folder;
   setenv("HOME", home.c_str(), 1);
   setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);
   setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
