@@ -36,14 +36,19 @@ foreach(folder IN LISTS KR_TEST_FOLDERS)
                        PROPERTIES TIMEOUT 300)
 endforeach()
 
-# kr_command_test(<name> <command>...): a test that runs a command in a home folder of its own.
+# kr_command_test(<name> <command>...): a test that runs a command in a home folder and a language of its own.
 function(kr_command_test name)
   set(home "${PROJECT_BINARY_DIR}/test-homes/${name}")
   file(MAKE_DIRECTORY "${home}")
   add_test(NAME ${name} COMMAND ${ARGN})
   set_tests_properties(
-    ${name} PROPERTIES TIMEOUT 600 ENVIRONMENT "HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;\
-XDG_CACHE_HOME=${home}/cache;XDG_STATE_HOME=${home}/state;PYTHONDONTWRITEBYTECODE=1")
+    ${name}
+    PROPERTIES
+      TIMEOUT 600
+      ENVIRONMENT
+      "HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_DATA_HOME=${home}/data;XDG_CACHE_HOME=${home}/cache;\
+XDG_STATE_HOME=${home}/state;LANG=en_US.UTF-8;PYTHONDONTWRITEBYTECODE=1"
+      ENVIRONMENT_MODIFICATION "KRCONTACTS_HOME=unset:;LC_ALL=unset:;LC_MESSAGES=unset:;LANGUAGE=unset:")
 endfunction()
 
 if(TARGET krcontacts)

@@ -1,5 +1,5 @@
-// The main function of every test program. It gives the run a home folder of its own, so that no test reads or writes
-// what belongs to the person who runs it, and takes it away afterwards.
+// The main function of every test program. It gives the run a home folder and a language of its own, so that no test
+// reads or writes what belongs to the person who runs it, or depends on it, and takes the folder away afterwards.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -33,6 +33,11 @@ std::filesystem::path enterHome() {
   setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
   setenv("XDG_CACHE_HOME", (home / "cache").c_str(), 1);
   setenv("XDG_STATE_HOME", (home / "state").c_str(), 1);
+  unsetenv("KRCONTACTS_HOME");
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANGUAGE"}) {
+    unsetenv(name);
+  }
+  setenv("LANG", "en_US.UTF-8", 1);
   return home;
 }
 
