@@ -1,0 +1,48 @@
+#pragma once
+
+#include <utility>
+
+#include "contacts/model/IKRPerson.h"
+#include "issues/KRIssueContext.h"
+#include "issues/KRIssueObject.h"
+#include "platform/KRProgress.h"
+
+/// A new finding about one person. `describe` is the sentence for the user, `info` the value that it is about, if any.
+inline KRRef<KRIssueObject> krFindingAboutPerson(IKRPerson* person, KRString describe, KRValue info = {}) {
+  auto object = krMake<KRIssueObject>();
+  object->setPersons(KRPersonArray(person));
+  object->setDescribe(std::move(describe));
+  object->setInfo(std::move(info));
+  return object;
+}
+
+/// How a detector counts the person that it has just looked at.
+enum class KRScanCount : uint8_t {
+  /// The progress is 0 after the first person and never reaches 100: what all detectors but one report.
+  FromZero = 0,
+  /// The progress is 100 after the last person. Kept for the one detector that has always counted so.
+  FromOne = 1,
+};
+
+/// The loop of the detectors that look at one person at a time: visits the persons in order, adds what
+/// `examine(IKRPerson&, KRHold&)` answers (a `KRRef<KRIssueObject>`, nothing for most persons) to a new context and
+/// reports the progress after each person, whatever came of it. Answers the context, or nothing when it holds no
+/// finding; no list and an empty one have none.
+///
+/// What `examine` reads through the hold is kept until the next person, so persons without findings cost no objects.
+/// The number of persons is read again for every progress value.
+template <class Examine>
+KRRef<KRIssueContext> krScanSinglePersons(const KRRef<KRIssue>& issue, const KRPersonList* persons,
+                                          const KRProgress& progress, Examine examine,
+                                          KRScanCount counted = KRScanCount::FromZero) {
+  if (persons == nullptr || persons->isEmpty()) return {};
+  auto context = krMake<KRIssueContext>(issue);
+  KRHold hold;
+  for (size_t i = 0; i < persons->count(); ++i) {
+    hold.empty();
+    if (KRRef<KRIssueObject> object = examine(*persons->at(i), hold)) context->addIssueObject(object.get());
+    progress(krPercent(i + static_cast<size_t>(counted), persons->count()));
+  }
+  if (context->issueObjects().isEmpty()) return {};
+  return context;
+}
