@@ -1,0 +1,88 @@
+#include "app/Terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
+#include "app/DisplayText.h"
+
+namespace {
+
+constexpr size_t kFallbackWidth = 80;
+
+std::string_view environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+bool isDumb() {
+  return environment("TERM") == "dumb";
+}
+
+size_t columns() {
+  winsize size{};
+  if (::isatty(STDOUT_FILENO) == 1 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    return size.ws_col;
+  }
+  const std::string_view text = environment("COLUMNS");
+  size_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  return error == std::errc() && end == text.data() + text.size() && value > 0 ? value : kFallbackWidth;
+}
+
+std::string_view sequence(Style style) {
+  switch (style) {
+    case Style::Strong:
+      return "\x1b[1m";
+    case Style::Faint:
+      return "\x1b[2m";
+    case Style::Heading:
+      return "\x1b[1;36m";
+    case Style::Good:
+      return "\x1b[32m";
+    case Style::Warning:
+      return "\x1b[33m";
+    case Style::Plain:
+      break;
+  }
+  return {};
+}
+
+}  // namespace
+
+Terminal::Terminal()
+    : out_(STDOUT_FILENO),
+      progress_(STDERR_FILENO, ::isatty(STDERR_FILENO) == 1 && !isDumb()),
+      width_(std::clamp<size_t>(columns(), 40, 120)),
+      colours_(::isatty(STDOUT_FILENO) == 1 && environment("NO_COLOR").empty() && !isDumb()) {}
+
+std::string Terminal::styled(Style style, std::string_view text) const {
+  if (!colours_ || style == Style::Plain || text.empty()) return std::string(text);
+  std::string result(sequence(style));
+  result += text;
+  result += "\x1b[0m";
+  return result;
+}
+
+void Terminal::paragraph(std::string_view text, Style style, size_t indent, size_t hanging) {
+  // Every line is wrapped to the width of the hanging ones: a ragged first line would look like a mistake.
+  size_t margin = indent;
+  for (const std::string& each : wrappedText(text, width_ - std::min(width_ - 8, indent + hanging))) {
+    out_.write(std::string(margin, ' '));
+    line(styled(style, each));
+    margin = indent + hanging;
+  }
+}
+
+void Terminal::line(std::string_view text) {
+  out_.write(text);
+  out_.write('\n');
+}
+
+void Terminal::say(std::string_view line) {
+  progress_.clear();
+  writeAll(STDERR_FILENO, "krcontacts: " + shownText(line) + "\n");
+}
