@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+#include "platform/KRBuffer.h"
+#include "platform/KRResult.h"
+#include "platform/KRString.h"
+
+/// Files as the library needs them: read whole, written whole or not at all. Thread-safe; no call changes the current
+/// folder or the mask for new files.
+///
+/// A path is given to the system byte for byte, so a view of a path that is not UTF-8 works too. No path (nothing or
+/// empty) and a path with a zero byte are `InvalidArgument`. A sentence of an error names the path.
+class KRFile {
+ public:
+  enum class Kind : uint8_t {
+    Missing,
+    Regular,
+    Folder,
+    /// A pipe, a terminal, a device: readable once perhaps, and never replaced.
+    Other,
+  };
+
+  /// What the path names; links are followed. Missing for nothing, and for what may not be looked at.
+  static Kind kind(KRText path) noexcept;
+
+  /// The whole content, copied into memory (never mapped, so that a file cut short by another program cannot stop this
+  /// one). Pipes and devices are read to their end. `NotFound`, `IsFolder`, `NotAllowed`, `TooLarge` or `Failed`.
+  static KRResult<KRBuffer> read(KRText path);
+
+  /// Standard input to its end.
+  static KRResult<KRBuffer> readStandardInput();
+
+  struct WriteOptions {
+    /// A new file is for its owner only (mode 0600), as befits what is kept about people; else the user's mask decides.
+    bool isPrivate = false;
+  };
+
+  /// Puts the bytes where `path` is, or leaves what was there whole: a temporary file beside it, flush, rename, flush
+  /// of the folder. A file that is replaced keeps its mode; a link stays a link, and the file that it leads to is
+  /// replaced. Only the flush of the folder can fail after the rename; then the new file stands and may be lost with
+  /// the power. The folder must exist. `NotFound` (no folder), `IsFolder`, `NotAllowed`, `NoSpace` or `Failed`.
+  static KRResult<void> write(KRText path, std::string_view bytes, const WriteOptions& options);
+  static KRResult<void> write(KRText path, std::string_view bytes) { return write(path, bytes, WriteOptions()); }
+
+  /// Makes the folder and those above it that are missing; new ones are for their owner only (mode 0700) when private.
+  /// Success when it is there already. `NotFolder` when something on the way is not a folder.
+  static KRResult<void> createFolders(KRText path, bool isPrivate = false);
+
+  /// Removes a file; success when it is not there. Not a folder: `IsFolder`.
+  static KRResult<void> remove(KRText path);
+
+  /// The steps at which writing can fail, in their order. Writing is repeated for every piece.
+  enum class Step : uint8_t { CreateTemporary, WritePiece, FlushTemporary, Rename, FlushFolder };
+
+  /// For tests of what keeps files: called before each step of every `write` of this process; the step then fails with
+  /// the system's error number that it returns, or is done when that is 0. Nothing ends this.
+  static void setFault(std::function<int(Step)> fault);
+
+  /// The error for one of the system's error numbers, for other sources of the platform that ask the system themselves:
+  /// "cannot open /a/b: No such file or directory" for `doing` "open".
+  static KRError systemError(int number, std::string_view doing, KRText path);
+};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/KRString.h"
+
+/// Who uses the library. Thread-safe.
+class KRHostInfo {
+ public:
+  /// The name under which this host keeps its preferences and data: what it set, else the name of the executable file.
+  /// Nothing only when the system does not tell the latter.
+  static KRString identifier();
+
+  /// Sets the identifier, such as "org.example.contacts"; best done before anything else of the library is used, since
+  /// what was read under the former identifier stays in memory. It becomes the name of a folder, so it should hold no
+  /// '/'. Nothing or empty goes back to the executable's name.
+  static void setIdentifier(KRString identifier);
+};
