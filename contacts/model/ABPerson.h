@@ -1,63 +1,62 @@
 #pragma once
 
-#include <memory>
-#include <span>
+#include <atomic>
+#include <string_view>
+#include <vector>
 
 #include "contacts/model/IKRPerson.h"
+#include "contacts/model/KRCardRecord.h"
 
 class KRAddressBook;
-
-/// What a row of a record's table is about: one of the standard properties, or a part of one.
-/// (`KRCardRow::what`; values below `kKROrdinalCount` are `KROrdinal`s.)
-enum class KRCardPart : uint8_t {
-  FirstName = kKROrdinalCount,
-  MiddleName,
-  LastName,
-  /// The field `KRCardRow::detail` (`KRAddressField`) of the address whose row stands before it.
-  AddressField,
-  /// The country code given with the address whose row stands before it.
-  AddressCountryCode,
-  /// The card's own identifier.
-  UID,
-};
-
-/// One row of a record's table: where the text of one value stands. Twelve bytes.
-struct KRCardRow {
-  /// The text stands in the record's block of decoded text, not in the card itself.
-  static constexpr uint32_t kDecoded = 0x80000000U;
-
-  /// `KROrdinal` or `KRCardPart`.
-  uint8_t what;
-  /// Field of an address, or for an account the number of its service; else 0.
-  uint8_t detail;
-  /// Number of the label's name in the table of labels (`KRLabelTable`); 0 for none.
-  uint16_t label;
-  /// Place of the first byte, with `kDecoded` in `size`.
-  uint32_t offset;
-  uint32_t size;
-};
 
 /// A record of an address book: what a card file, a database or the desktop's own book holds, read through the person
 /// protocol and the record interface.
 ///
-/// It is compact: the card's own bytes as they were read, a table of where each value stands, and decoded text only
-/// where it differs from the card's bytes. Stored values are made on the first request and kept from then on. A value
-/// set by `setValue` is kept as that very object beside the card, which stays as it was, so that a store can tell what
-/// was changed and keep everything else byte for byte; setting nothing clears the property.
+/// It is compact: a table of where each value stands in the card's own bytes. Stored values are made on the first
+/// request and kept from then on; several threads may ask at once. A value set by `setValue` is kept as that very
+/// object beside the card, which stays as it was, so that a store can tell what was changed and keep everything else
+/// byte for byte; setting nothing clears the property.
 class ABPerson : public IKRPerson {
  public:
+  /// A new empty person with an identifier of its own.
   ABPerson();
+  explicit ABPerson(KRCardRecord record) noexcept;
   ~ABPerson() override;
 
-  /// A record of a card: `card` holds its bytes, rows of decoded text point into `decoded` (may be nothing). Rows of
-  /// one property stand together, in the card's order.
-  static KRRef<ABPerson> withCard(KRString card, KRString decoded, std::span<const KRCardRow> rows);
+  /// The person of one card, from its UTF-8 text, or nothing when the text does not start with a whole card or the card
+  /// is that of a group (written form: `initWithVCardRepresentation:`).
+  static KRRef<ABPerson> initWithVCardRepresentation(KRText text);
 
   /// The keys of the record interface: one for every standard property, and those for the parts of the name.
   static const KRStringList& properties();
 
-  /// The card's own bytes, nothing for a record made in memory. Not changed by `setValue`.
-  KRString card() const;
+  // For stores.
+
+  /// The card as it was read, and its rows. Not changed by `setValue`.
+  const KRCardRecord& record() const noexcept { return record_; }
+  std::string_view card() const noexcept { return record_.card(); }
+  /// Replaces the card, as after a save, and forgets all values set beside the old one.
+  void setRecord(KRCardRecord record);
+  /// Whether any property, respectively that one, was set or cleared since the card was read.
+  bool isChanged() const noexcept;
+  bool isChanged(KROrdinal property) const noexcept;
+
+  /// The book that holds the person; the book sets it, and clears it when it lets the person go or dies.
+  KRAddressBook* addressBook() const noexcept { return book_; }
+  void setAddressBook(KRAddressBook* book) noexcept { book_ = book; }
+  void setParentGroups(std::vector<KRRef<KRGroup>> groups);
+
+  /// The identifier without regard to other persons: one given by `setID`, else the card's UID, else one made from the
+  /// card's text, the same in every process.
+  KRString baseID() const;
+  /// Gives the person an identifier that its book knows to be unique.
+  void setID(const KRString& ID);
+  /// Whether the book has made sure that `ID` is unique. A book does so for all its persons when one is first asked.
+  bool isIDAssigned() const noexcept { return suffix_.load(std::memory_order_acquire) != 0; }
+  /// Sets which holder of its `baseID` the person is in its book, from 1; the second's `ID` ends in "-2".
+  void setIDSuffix(uint32_t suffix) const noexcept { suffix_.store(suffix, std::memory_order_release); }
+
+  // The person protocol.
 
   KRString ID() const override;
   KRString addressBookID() const override;
@@ -65,4 +64,30 @@ class ABPerson : public IKRPerson {
   using IKRPerson::setValue;
   KRRef<KRStoredValue> valueByPropertyName(const KRString& name) const override;
   void setValue(KRRef<KRStoredValue> value, const KRString& byPropertyName) override;
+  std::vector<KRRef<KRGroup>> groups() const override;
+  std::vector<const KRProperty*> notNullValueProperty() const override;
+  KRString nameChineesPinyin() const override;
+  KRString showNameChineesPinyin() const override;
+
+  KRText readText(KROrdinal property, KRHold& hold) const override;
+  KRNameView readName(KRHold& hold) const override;
+  void readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visitor) const override;
+  size_t entryCount(KROrdinal property) const override;
+
+  KRRef<KRData> imageData() const override;
+  std::vector<KRRef<KRGroup>> parentGroups() const override;
+
+ private:
+  struct Side;
+
+  Side& side() const;
+  /// Whether the property must be read from its stored value: one was set, cleared or handed out.
+  bool isStored(KROrdinal property) const noexcept;
+  KRRef<KRStoredValue> makeValue(const KRProperty& property) const;
+
+  KRCardRecord record_;
+  KRAddressBook* book_ = nullptr;
+  /// What most persons never need: values made or set, a given identifier, groups.
+  mutable std::atomic<Side*> side_{nullptr};
+  mutable std::atomic<uint32_t> suffix_{0};
 };

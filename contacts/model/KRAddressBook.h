@@ -4,6 +4,7 @@
 
 #include "contacts/model/IKRPerson.h"
 #include "contacts/model/KRGroup.h"
+#include "contacts/model/KRPersonIDs.h"
 #include "contacts/model/KRProperty.h"
 #include "contacts/model/KRTagManager.h"
 #include "platform/KRList.h"
@@ -57,10 +58,14 @@ class KRAddressBook : public KRObject {
   virtual void sync();
   virtual void update();
 
+  /// Makes the identifiers of all records of the book unique; a record calls it when it is first asked for its own.
+  void assignIDs() { IDs_.assign(allPersons()); }
+
  protected:
   KRPersonList persons_;
 
  private:
   KRString ID_;
   KRString name_;
+  KRPersonIDs IDs_;
 };

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "contacts/model/KRProperty.h"
+#include "platform/KRSlab.h"
+#include "platform/KRString.h"
+#include "platform/KRText.h"
+
+/// What a row of a record's table is about: one of the standard properties (values below `kKROrdinalCount` are
+/// `KROrdinal`s), a part of one, or a detail of the row before it.
+enum class KRCardPart : uint8_t {
+  FirstName = kKROrdinalCount,
+  MiddleName,
+  LastName,
+  /// The card's own identifier.
+  UID,
+  // Details: they follow the row that they belong to.
+  /// The field `KRCardRow::detail` (`KRAddressField`) of an address.
+  AddressField,
+  /// The country code given with an address.
+  AddressCountryCode,
+  /// The service of an account: the name numbered `KRCardRow::label`, or the row's text when that is 0.
+  AccountService,
+  /// The label of an entry whose name is not in the table of labels, as text.
+  LabelText,
+};
+
+/// One row of a record's table: where the text of one value stands. Twelve bytes.
+struct KRCardRow {
+  /// In `detail` of an entry: it is the main one.
+  static constexpr uint8_t kMain = 0x80;
+  /// In `detail` of the thumbnail: how its text stands for bytes.
+  enum ImageForm : uint8_t { Base64 = 1, Plain = 2 };
+
+  /// `KROrdinal` or `KRCardPart`.
+  uint8_t what;
+  uint8_t detail;
+  /// Number of the label's name in `KRLabelTable`; 0 for none.
+  uint16_t label;
+  /// Place of the first byte, counted from the start of the record's bytes.
+  uint32_t offset;
+  uint32_t size;
+
+  constexpr bool isDetail() const noexcept { return what >= static_cast<uint8_t>(KRCardPart::AddressField); }
+};
+
+/// The bytes of one record, counted and immutable: its table of rows, the text that had to be decoded, and the card's
+/// own bytes as they were read, one after the other in a block that it shares with its neighbours. Copied like a value.
+///
+/// Rows of one property stand together, in the card's order, and the properties in the order of their numbers. The
+/// texts of rows are well-formed; the card's own bytes need not be.
+class KRCardRecord {
+ public:
+  /// No rows, no card.
+  KRCardRecord() noexcept = default;
+  /// Takes over one reference to the block. From `offset` (a multiple of four) on it holds `rowCount` rows,
+  /// `decodedSize` bytes of decoded text and `cardSize` bytes of the card.
+  KRCardRecord(KRSlab* slab, uint32_t offset, uint32_t rowCount, uint32_t decodedSize, uint32_t cardSize) noexcept;
+  KRCardRecord(const KRCardRecord& other) noexcept;
+  KRCardRecord(KRCardRecord&& other) noexcept { swap(other); }
+  KRCardRecord& operator=(KRCardRecord other) noexcept {
+    swap(other);
+    return *this;
+  }
+  ~KRCardRecord() {
+    if (slab_ != nullptr) slab_->release();
+  }
+
+  std::span<const KRCardRow> rows() const noexcept { return {reinterpret_cast<const KRCardRow*>(bytes()), rowCount_}; }
+  /// The card's own bytes; no bytes for a record that no card stands behind.
+  std::string_view card() const noexcept { return {bytes() + rowCount_ * sizeof(KRCardRow) + decodedSize_, cardSize_}; }
+
+  /// Whether there is a row of that number (below 32). Constant time.
+  bool has(uint8_t what) const noexcept { return (present_ >> what & 1U) != 0; }
+  bool has(KRCardPart what) const noexcept { return has(static_cast<uint8_t>(what)); }
+  /// The first row of that number, or null; the others follow it, between them the details of each.
+  const KRCardRow* find(uint8_t what) const noexcept;
+  const KRCardRow* find(KRCardPart what) const noexcept { return find(static_cast<uint8_t>(what)); }
+
+  /// The text of a row, as a view that is valid as long as the block lives.
+  KRText view(const KRCardRow& row) const noexcept { return {bytes() + row.offset, row.size}; }
+  /// The text of the first row of that number, or nothing.
+  KRText view(uint8_t what) const noexcept {
+    const KRCardRow* row = find(what);
+    return row == nullptr ? KRText() : view(*row);
+  }
+  /// The text of a row to be kept: a slice of a shared block, a copy where the block is one big card's own.
+  KRString text(const KRCardRow& row) const;
+
+ private:
+  void swap(KRCardRecord& other) noexcept {
+    std::swap(slab_, other.slab_);
+    std::swap(offset_, other.offset_);
+    std::swap(rowCount_, other.rowCount_);
+    std::swap(decodedSize_, other.decodedSize_);
+    std::swap(cardSize_, other.cardSize_);
+    std::swap(present_, other.present_);
+  }
+  const char* bytes() const noexcept { return slab_ == nullptr ? nullptr : slab_->bytes() + offset_; }
+
+  KRSlab* slab_ = nullptr;
+  uint32_t offset_ = 0;
+  uint32_t rowCount_ = 0;
+  uint32_t decodedSize_ = 0;
+  uint32_t cardSize_ = 0;
+  uint32_t present_ = 0;
+};
