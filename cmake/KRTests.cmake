@@ -12,11 +12,15 @@ kr_compile_options(kr_test_main)
 target_compile_definitions(
   kr_test_main PUBLIC "KR_SOURCE_DIR=\"${PROJECT_SOURCE_DIR}\"" "KR_TEST_DATA_DIR=\"${PROJECT_SOURCE_DIR}/tests/data\""
                       "KR_PROGRAM=\"${PROJECT_BINARY_DIR}/krcontacts\"")
-target_link_libraries(kr_test_main PUBLIC KRAddressBookManagerSDK GTest::gmock GTest::gtest PkgConfig::LIBPLIST
-                                          Threads::Threads)
+target_link_libraries(kr_test_main PUBLIC GTest::gmock GTest::gtest PkgConfig::LIBPLIST ICU::i18n ICU::uc Threads::Threads)
 target_precompile_headers(
   kr_test_main PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <atomic> <functional> <map> <memory> <random> <set>
   <string> <string_view> <thread> <unordered_map> <utility> <vector>)
+
+# What a folder's tests link: the engine, or the library that is enough for them, so that a lower layer's tests can be
+# built while an upper one is being changed.
+set(KR_TESTED_platform KRPlatform)
+set(KR_TESTED_contacts KRMacAddressBookSDK)
 
 file(GLOB KR_TEST_FOLDERS CONFIGURE_DEPENDS LIST_DIRECTORIES true RELATIVE "${PROJECT_SOURCE_DIR}/tests"
      "${PROJECT_SOURCE_DIR}/tests/*")
@@ -27,11 +31,12 @@ foreach(folder IN LISTS KR_TEST_FOLDERS)
   endif()
   add_executable(tests_${folder} ${sources})
   kr_compile_options(tests_${folder})
-  target_link_libraries(tests_${folder} PRIVATE kr_test_main)
-  target_precompile_headers(tests_${folder} REUSE_FROM kr_test_main)
-  if(TARGET krcontacts)
-    add_dependencies(tests_${folder} krcontacts)
+  set(tested KRAddressBookManagerSDK)
+  if(DEFINED KR_TESTED_${folder})
+    set(tested ${KR_TESTED_${folder}})
   endif()
+  target_link_libraries(tests_${folder} PRIVATE ${tested} kr_test_main)
+  target_precompile_headers(tests_${folder} REUSE_FROM kr_test_main)
   gtest_discover_tests(tests_${folder} WORKING_DIRECTORY "${PROJECT_BINARY_DIR}" DISCOVERY_TIMEOUT 120
                        PROPERTIES TIMEOUT 300)
 endforeach()
