@@ -1,0 +1,69 @@
+#pragma once
+
+#include "contacts/model/IKRPerson.h"
+#include "handles/KRHandleNames.h"
+#include "platform/KRAtomic.h"
+#include "platform/KRObject.h"
+#include "platform/KRProgress.h"
+#include "platform/KRString.h"
+#include "platform/KRValue.h"
+
+class KRIssueObject;
+
+/// A fix: what the user can have done about a finding. The base of all fixes, and itself the fix that changes no
+/// contact and only takes the finding out of the result (Edit, Ignore).
+///
+/// One handle serves every finding that it is set on; it keeps no state between fixes. Fixes run on the caller's
+/// thread, one at a time; meanwhile nobody else changes the result or the address book. `info` is atomic.
+class KRIssueHandle : public KRObject {
+ public:
+  KRIssueHandle() = default;
+
+  /// A new handle of the class that the name stands for, with the name and `info` set (written form:
+  /// `issueHandleWithName:info:`). Any other name, or nothing, makes a plain handle that bears it. Never nothing.
+  static KRRef<KRIssueHandle> issueHandleWithName(const KRString& name, KRValue info = {});
+
+  /// The name that the handle was made with; may be nothing.
+  KRString name() const { return name_; }
+  /// Whether the user has to assist the fix. No fix needs it, so it is always false.
+  bool needAssist() const noexcept { return false; }
+  /// What the maker of the handle gave along, or nothing.
+  KRValue info() const { return info_.get(); }
+  void setInfo(KRValue info) { info_.set(std::move(info)); }
+
+  /// Applies the fix to the finding and brings the find result up to date (written form: `fix:`). Afterwards the
+  /// finding is in its context no more.
+  virtual void fix(KRIssueObject* finding);
+  /// The same with progress (written form: `fix:progress:`): a fix that changes contacts calls the callback, if there
+  /// is one, exactly once with 1 and 100.0, after the change and before it brings the result up to date. The base only
+  /// does the latter.
+  virtual void fix(KRIssueObject* finding, const KRFlagProgress& progress);
+  /// The person that a merge makes of the finding's persons (written form: `indirectFix:`). Nothing for any other fix.
+  virtual KRRef<IKRPerson> indirectFix(KRIssueObject* finding);
+
+  /// Brings the find result up to date after this fix (written form: `resetFindResult:`): findings that list a person
+  /// whom the fix deleted, which the handle's name tells, lose that person, or go when fewer than three persons were
+  /// listed; then the finding itself goes. A finding without a person is a programming error when a person was to be
+  /// deleted (`KRFatal`).
+  void resetFindResult(KRIssueObject* finding);
+  /// Takes one finding out of the index, out of its context, and an emptied context out of the result (written form:
+  /// `removeObject:`).
+  void removeObject(KRIssueObject* finding);
+
+  /// The person address key: the decimal text of where the person object stands in memory (written form: `personAd:`).
+  /// Good while the person lives; never stored.
+  static KRString personAd(const IKRPerson* person);
+
+  /// The short text of the action, such as "Merge" (written form: `title:`); the name for a name that has none.
+  virtual KRString title(KRIssueObject* finding) const;
+  /// The sentence that explains what the fix will do (written form: `resultInfo:`); "" where there is none.
+  virtual KRString resultInfo(KRIssueObject* finding) const;
+
+ protected:
+  /// The name of the finding's issue, or nothing.
+  static KRString issueName(const KRIssueObject* finding);
+
+ private:
+  KRString name_;
+  KRAtomic<KRValue> info_;
+};

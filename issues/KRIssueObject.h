@@ -1,0 +1,61 @@
+#pragma once
+
+#include "contacts/model/IKRPerson.h"
+#include "platform/KRAtomic.h"
+#include "platform/KRGraphNode.h"
+#include "platform/KRString.h"
+#include "platform/KRValue.h"
+
+class KRIssue;
+class KRIssueContext;
+class KRIssueHandle;
+
+/// A finding: one problem, the persons whom it concerns, the value that it is about, a sentence for the user, and the
+/// fix chosen for it. Compared by identity.
+///
+/// A finding that somebody keeps reaches its context, the result and the scanned address book; when the last reference
+/// from outside to any of them goes, all of them go. Accessors are atomic.
+class KRIssueObject : public KRGraphNode {
+ public:
+  KRIssueObject();
+  ~KRIssueObject() override;
+
+  /// The value that the finding is about, as the detector chose it; may be nothing.
+  KRValue info() const { return info_.get(); }
+  void setInfo(KRValue info) { info_.set(std::move(info)); }
+
+  /// The sentence that explains the finding to the user.
+  KRString describe() const { return describe_.get(); }
+  void setDescribe(KRString describe) { describe_.set(std::move(describe)); }
+
+  /// The persons concerned, never none in a finding of a detector. The first is the main person: the finding is sorted
+  /// by it.
+  KRPersonArray persons() const { return persons_.get(); }
+  void setPersons(KRPersonArray persons) { persons_.set(std::move(persons)); }
+
+  /// The fix chosen for this finding, or nothing.
+  KRRef<KRIssueHandle> handle() const;
+  void setHandle(KRRef<KRIssueHandle> handle);
+
+  /// The context that the finding was last added to, or nothing. It stays when the finding is removed.
+  KRRef<KRIssueContext> context() const;
+  void setContext(KRIssueContext* context);
+  /// The same as `context`.
+  KRRef<KRIssueContext> issueContext() const;
+  /// The context's issue; nothing without a context.
+  KRRef<KRIssue> issue() const;
+
+  /// Passes this finding to its handle's `fix`; without a handle nothing happens. Runs on the caller's thread.
+  void fix();
+
+  /// Replaces `persons` by a list that lacks the person, wherever it stood in it (written form: `removePerson:`). A
+  /// person that the finding does not list changes nothing.
+  void removePerson(const IKRPerson* person);
+
+ private:
+  KRAtomic<KRValue> info_;
+  KRAtomic<KRString> describe_;
+  KRAtomic<KRPersonArray> persons_;
+  KRAtomic<KRRef<KRIssueHandle>> handle_;
+  KREdge<KRIssueContext> context_;
+};
