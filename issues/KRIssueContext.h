@@ -3,13 +3,13 @@
 #include <optional>
 
 #include "contacts/model/IKRPerson.h"
+#include "issues/KRIssue.h"
 #include "issues/KRIssueObject.h"
 #include "platform/KRAtomic.h"
 #include "platform/KRGraphNode.h"
 #include "platform/KRList.h"
 #include "platform/KRProgress.h"
 
-class KRIssue;
 class KRIssueFindResult;
 class KRIssueHandle;
 
