@@ -44,7 +44,7 @@ kr_install() {
 
   local -a wanted missing=()
   local package installed
-  mapfile -t wanted < <(kr_packages "$section")
+  mapfile -t wanted <<< "$(kr_packages "$section")"
   # dpkg-query fails when it does not know one of them, and still prints the others.
   installed=$(dpkg-query -W -f='${db:Status-Status} ${binary:Package}\n' "${wanted[@]}" 2> /dev/null || true)
   for package in "${wanted[@]}"; do
