@@ -3,6 +3,8 @@
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
+class KRKeyedUnarchiver;
+
 /// A messaging service. There is one shared instance a name, so that services can be compared by identity; instances
 /// live as long as the process. Safe from any thread.
 class KRInstantMessageServer : public KRObject {
@@ -19,6 +21,7 @@ class KRInstantMessageServer : public KRObject {
   KRString description() const override { return name_; }
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
   KRInstantMessageServer(KRString name, KRString displayName)
       : name_(std::move(name)), displayName_(std::move(displayName)) {}

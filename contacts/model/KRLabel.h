@@ -3,6 +3,8 @@
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
+class KRKeyedUnarchiver;
+
 /// The label of a value, such as "home" or "mobile". Equal to a label of the same name.
 ///
 /// Labels of values read from cards are shared between contacts: a changed label is a new one, never a shared one with
@@ -26,6 +28,7 @@ class KRLabel : public KRObject {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   KRString name_;

@@ -4,6 +4,8 @@
 
 #include "contacts/model/KRMutableSingleValue.h"
 
+class KRKeyedUnarchiver;
+
 /// An ordered list of labelled values of one property. Its type is always 12. Equal to a multiple value of equal
 /// entries in the same order.
 class KRMutableMultipleValue : public KRStoredValue {
@@ -33,6 +35,7 @@ class KRMutableMultipleValue : public KRStoredValue {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   static constexpr size_t kNone = static_cast<size_t>(-1);

@@ -4,6 +4,8 @@
 #include "contacts/model/KRStoredValue.h"
 #include "platform/KRValue.h"
 
+class KRKeyedUnarchiver;
+
 /// One value with its label and type code. Equal to a single value of equal label, value and type.
 ///
 /// A value object inside it is shared, not copied; it is changed by setting another one.
@@ -27,6 +29,7 @@ class KRMutableSingleValue : public KRStoredValue {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   KRValue value_;

@@ -7,6 +7,8 @@
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
+class KRKeyedUnarchiver;
+
 /// A postal address of named fields, with the code of its country. Fields that hold nothing are absent; an empty field
 /// counts as absent too. Two addresses are equal when the country codes and all fields are, exactly.
 class KRObjectAddress : public KRObject {
@@ -14,6 +16,7 @@ class KRObjectAddress : public KRObject {
   struct Field {
     KRString name;
     KRString value;
+    friend bool operator==(const Field&, const Field&) = default;
   };
 
   KRObjectAddress() = default;
@@ -41,6 +44,7 @@ class KRObjectAddress : public KRObject {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   KRString countryCode_;

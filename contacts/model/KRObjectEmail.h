@@ -3,6 +3,8 @@
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
+class KRKeyedUnarchiver;
+
 /// An e-mail address as typed; nothing is changed in it. Immutable. Equal to one of the same text, character for
 /// character.
 class KRObjectEmail : public KRObject {
@@ -18,6 +20,7 @@ class KRObjectEmail : public KRObject {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   KRString email_;

@@ -4,6 +4,8 @@
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
+class KRKeyedUnarchiver;
+
 /// An account with a messaging service. Immutable. Equal to one of the very same server and equal user name.
 class KRObjectInstantMessage : public KRObject {
  public:
@@ -20,6 +22,7 @@ class KRObjectInstantMessage : public KRObject {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   KRString userName_;

@@ -3,6 +3,8 @@
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
+class KRKeyedUnarchiver;
+
 /// A person's name in its parts, any of which may be nothing; nothing differs from an empty part. Immutable. Equal to a
 /// name of equal parts.
 class KRObjectPersonName : public KRObject {
@@ -26,6 +28,7 @@ class KRObjectPersonName : public KRObject {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   KRString first_;

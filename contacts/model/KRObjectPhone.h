@@ -3,6 +3,8 @@
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
+class KRKeyedUnarchiver;
+
 /// A phone number as typed; nothing is changed in it. Immutable. Equal to one of the same text, character for
 /// character.
 class KRObjectPhone : public KRObject {
@@ -18,6 +20,7 @@ class KRObjectPhone : public KRObject {
   KRString description() const override;
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
+  static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
   KRString phoneNumber_;

@@ -68,16 +68,16 @@ class KRProperty {
   static const KRProperty* propertyWithName(KRText name);
   static const KRProperty* propertyWithOrdinal(KROrdinal ordinal);
 
-  KRString name() const noexcept { return name_; }
+  constexpr KRString name() const noexcept { return name_; }
   /// The name of the constant that holds `name`, such as "KRProPertyPhone".
-  KRString constantName() const noexcept { return constantName_; }
+  constexpr KRString constantName() const noexcept { return constantName_; }
   /// The name shown to the user, in the user's language; also the label of values that the engine makes.
   KRString displayName() const;
-  int32_t valueType() const noexcept { return valueType_; }
+  constexpr int32_t valueType() const noexcept { return valueType_; }
   /// For a multiple value the type of each entry; for any other property 0.
-  int32_t subValueType() const noexcept { return subValueType_; }
-  bool isMultiple() const noexcept { return valueType_ == KRValueType::Multiple; }
-  KROrdinal ordinal() const noexcept { return ordinal_; }
+  constexpr int32_t subValueType() const noexcept { return subValueType_; }
+  constexpr bool isMultiple() const noexcept { return valueType_ == KRValueType::Multiple; }
+  constexpr KROrdinal ordinal() const noexcept { return ordinal_; }
 
  private:
   friend struct KRPropertyTable;

@@ -1,0 +1,128 @@
+#include "contacts/model/KRAddressBook.h"
+
+#include <unordered_set>
+
+#include "contacts/model/ABPerson.h"
+
+namespace {
+
+/// The person as a record of this library, which knows its book; or null.
+ABPerson* record(IKRPerson* person) {
+  return dynamic_cast<ABPerson*>(person);
+}
+
+}  // namespace
+
+KRAddressBook::KRAddressBook(KRString ID, KRString name) : ID_(std::move(ID)), name_(std::move(name)) {}
+
+KRAddressBook::~KRAddressBook() {
+  for (IKRPerson& person : persons_) {
+    ABPerson* own = record(&person);
+    if (own != nullptr && own->addressBook() == this) own->setAddressBook(nullptr);
+  }
+}
+
+KRString KRAddressBook::ID() const {
+  return ID_;
+}
+
+KRString KRAddressBook::name() const {
+  return name_;
+}
+
+KRRef<KRData> KRAddressBook::thumbnail() const {
+  return {};
+}
+
+KRRef<KRData> KRAddressBook::logo1() const {
+  return {};
+}
+
+KRRef<KRData> KRAddressBook::logo2() const {
+  return {};
+}
+
+bool KRAddressBook::isInternetAdressBook() const {
+  return false;
+}
+
+KRPersonList& KRAddressBook::allPersons() {
+  return persons_;
+}
+
+size_t KRAddressBook::allPersonsCount() {
+  return allPersons().count();
+}
+
+std::vector<KRRef<KRGroup>> KRAddressBook::rootGroups() {
+  return {};
+}
+
+size_t KRAddressBook::rootGroupsCount() {
+  return rootGroups().size();
+}
+
+std::vector<const KRProperty*> KRAddressBook::supportProperty() {
+  return KRProperty::StandardPropertyArray();
+}
+
+std::vector<const KRProperty*> KRAddressBook::commonProperty() {
+  std::vector<const KRProperty*> shown;
+  for (const KROrdinal ordinal :
+       {KROrdinal::Thumbnail, KROrdinal::Name, KROrdinal::Tags, KROrdinal::Phone, KROrdinal::Email, KROrdinal::Company,
+        KROrdinal::Birthday, KROrdinal::Address, KROrdinal::Note}) {
+    shown.push_back(KRProperty::propertyWithOrdinal(ordinal));
+  }
+  return shown;
+}
+
+KRTagManager* KRAddressBook::tagManager() {
+  return KRTagManager::tagManagerWithID(ID());
+}
+
+std::vector<KRRef<IKRPerson>> KRAddressBook::personsForIDs(const KRStringList& IDs) {
+  std::vector<KRRef<IKRPerson>> found;
+  const std::unordered_set<KRString> wanted(IDs.begin(), IDs.end());
+  if (wanted.empty()) return found;
+  for (IKRPerson& person : allPersons()) {
+    if (wanted.count(person.ID()) != 0) found.emplace_back(&person);
+  }
+  return found;
+}
+
+KRRef<IKRPerson> KRAddressBook::newPerson() {
+  auto person = krMake<ABPerson>();
+  person->setAddressBook(this);
+  persons_.append(person.get());
+  return person;
+}
+
+void KRAddressBook::addPerson(IKRPerson* person) {
+  if (person == nullptr || persons_.contains(person)) return;
+  persons_.append(person);
+  ABPerson* own = record(person);
+  if (own == nullptr) return;
+  // An identifier that was unique among the persons of another book need not be so among these.
+  if (own->addressBook() != nullptr) own->setIDSuffix(0);
+  own->setAddressBook(this);
+}
+
+void KRAddressBook::addPersons(const std::vector<KRRef<IKRPerson>>& persons) {
+  for (const auto& person : persons) addPerson(person.get());
+}
+
+void KRAddressBook::removePersons(const KRPersonArray& persons) {
+  for (IKRPerson* person : persons) {
+    ABPerson* own = record(person);
+    const bool isMine = own != nullptr && own->addressBook() == this;
+    // The person keeps the identifier that it has here, also when nobody asked for it before.
+    if (isMine && !own->isIDAssigned()) assignIDs();
+    if (persons_.remove(person) && isMine) own->setAddressBook(nullptr);
+  }
+}
+
+void KRAddressBook::save() {}
+
+void KRAddressBook::sync() {}
+
+void KRAddressBook::update() {}
