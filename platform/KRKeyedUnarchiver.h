@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/KRBinaryPlist.h"
+#include "platform/KRValue.h"
+
+class KRKeyedUnarchiver;
+
+/// How the objects of one class are made from an archive: one row of the tables that callers of the unarchiver give.
+struct KRArchiveClass {
+  /// The class's name in archives, as its `archiveClassName` tells it.
+  KRText name;
+  /// Makes an object from the record that the coder stands at (written form: `initWithCoder:`). Nothing means that the
+  /// record is damaged, and with it the whole archive.
+  KRRef<KRObject> (*decode)(KRKeyedUnarchiver& coder) = nullptr;
+};
+
+/// Reads keyed archives, those of `KRKeyedArchiver` and those of other programs that write the same format.
+///
+/// Lists (NSArray, NSMutableArray) become `KRValueList`, maps with text keys (NSDictionary, NSMutableDictionary)
+/// `KRValueMap`, bytes (plain, NSData, NSMutableData) `KRData`, texts (plain, NSString, NSMutableString) text; an
+/// NSDate becomes the calendar date that it has in UTC. Every other class is looked up in the caller's table. An object
+/// that is referred to from several places is decoded once and shared.
+///
+/// A damaged archive is nothing, whatever the damage: a broken property list, a reference to no object, a class that
+/// is unknown, a decoder that refuses. Time and memory are linear in the size of the archive, whatever it holds; what
+/// would be larger than that when written out in full, or nested deeper than `kDeepest`, is damaged.
+///
+/// One unarchiver reads one archive, on one thread.
+class KRKeyedUnarchiver {
+ public:
+  /// How deep objects, lists and maps may stand in one another.
+  static constexpr int kDeepest = 400;
+
+  /// The root value of the archive, or `nullopt` when it is damaged. The root may be nothing (an archive of nothing).
+  /// When a name stands twice in the table, the first counts.
+  static std::optional<KRValue> unarchive(std::string_view data, std::span<const KRArchiveClass> classes);
+
+  // For decoders: the fields of the record being decoded.
+
+  /// Whether the key is there, even if nothing is under it (written form: `containsValueForKey:`).
+  bool contains(KRText key) const;
+  /// The value under the key, nothing when the key is not there (written form: `decodeObjectForKey:`).
+  KRValue decode(KRText forKey);
+  /// Nothing when the key is not there or holds no whole number (written form: `decodeIntegerForKey:`). The number may
+  /// stand in the record or be an object of its own, in all three.
+  std::optional<int64_t> decodeInteger(KRText forKey) const;
+  /// A whole number is true when it is not 0 (written form: `decodeBoolForKey:`).
+  std::optional<bool> decodeBool(KRText forKey) const;
+  /// (written form: `decodeDoubleForKey:`)
+  std::optional<double> decodeNumber(KRText forKey) const;
+
+  /// Tells the object under decoding before its fields are decoded, so that they can refer back to it. Without it, a
+  /// record that leads back to itself is damaged. The decoder returns that same object in the end, and sees to it that
+  /// the two do not keep each other alive.
+  void setObject(KRRef<KRObject> object);
+
+  /// Declares the archive damaged.
+  void fail() { failed_ = true; }
+
+ private:
+  using Node = KRBinaryPlist::Node;
+  enum class Kind : uint8_t { Unknown, List, Map, Date, CalendarDate, Data, Text, Own };
+  struct Class {
+    Kind kind = Kind::Unknown;
+    const KRArchiveClass* own = nullptr;
+  };
+  enum class State : uint8_t { Untouched, Busy, Done };
+  /// What became of one entry of "$objects".
+  struct Entry {
+    KRValue value;
+    /// How many values it would be if nothing was shared.
+    uint64_t expanded = 1;
+    State state = State::Untouched;
+  };
+
+  KRKeyedUnarchiver(KRBinaryPlist plist, size_t size, std::span<const KRArchiveClass> classes);
+  std::optional<KRValue> decodeRoot();
+  bool openObjects();
+  KRValue decodeNode(Node node);
+  KRValue decodePlace(uint64_t place);
+  KRValue decodeEntry(uint32_t place);
+  KRValue decodeRecord(Node record);
+  KRValue decodeList(Node record);
+  KRValue decodeMap(Node record);
+  KRValue decodeInstant(Node record);
+  KRValue decodeCalendarDate();
+  KRValue decodeBytes(Node record);
+  Class classOf(Node record);
+  Class classNamed(Node classRecord) const;
+  Node field(KRText key) const;
+  /// The node itself, or the object that it refers to.
+  Node resolved(Node node) const;
+  bool spend(uint64_t amount);
+  KRValue damaged();
+
+  KRBinaryPlist plist_;
+  std::unordered_map<KRString, const KRArchiveClass*, KRTextHash, KRTextEqual> classes_;
+  std::unordered_map<Node, Class> classOfRecord_;
+  std::span<const Node> objects_;
+  /// For every place, the first place with the same node: a record is decoded once however many places name it.
+  std::vector<uint32_t> firstPlace_;
+  std::vector<Entry> entries_;
+  Node record_ = KRBinaryPlist::kNone;
+  uint32_t place_ = 0;
+  uint64_t budget_;
+  uint64_t expanded_ = 0;
+  const uint64_t largestExpanded_;
+  int depth_ = 0;
+  bool failed_ = false;
+};
