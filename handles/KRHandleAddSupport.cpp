@@ -40,10 +40,10 @@ void KRHandleAddSupport::fix(KRIssueObject* issueObject, const KRFlagProgress& p
   KRNameConstraintManager& manager = KRNameConstraintManager::ShareNameConstrainManager();
   if (sameText(issueName, KRIssueUnusualTitle)) {
     KRStringList items = manager.prefixItemArray();
-    if (extend(items, textOf(person.get(), KRProPertyTitle))) manager.setPrefixItemArray(std::move(items));
+    if (extend(items, textOf(person.get(), KRProPertyTitle))) manager.setPrefixItemArray(&items);
   } else if (sameText(issueName, KRIssueUnusualSuffix)) {
     KRStringList items = manager.suffixItemArray();
-    if (extend(items, textOf(person.get(), KRProPertySuffix))) manager.setSuffixItemArray(std::move(items));
+    if (extend(items, textOf(person.get(), KRProPertySuffix))) manager.setSuffixItemArray(&items);
   }
   krReportFixed(progress);
   resetFindResult(issueObject);
