@@ -1,0 +1,4 @@
+// The one place that includes OpenSSL.
+#pragma once
+
+#include <openssl/evp.h>

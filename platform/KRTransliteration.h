@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/KRString.h"
+
+/// The text in Latin capitals, for sorting names: Chinese characters become Mandarin syllables without tones, set off
+/// by spaces from each other and from letters beside them; every other character loses its combining marks; all is put
+/// in upper case. "王小明" becomes "WANG XIAO MING", "Zoë" becomes "ZOE", "Lee王" becomes "LEE WANG".
+///
+/// Spaces are set as ICU's transliterator from Han to Latin sets them, which puts one also between closing punctuation
+/// and a letter ("Smith,Ann" becomes "SMITH, ANN") and between a letter and an opening bracket.
+///
+/// Nothing for nothing, and when ICU fails. Thread-safe.
+KRString krMandarinLatinUpper(KRText text);
