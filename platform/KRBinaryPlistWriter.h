@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/KRBinaryPlist.h"
+
+/// Writes the binary form of one property list; a part of `KRBinaryPlist`, which is what callers use.
+///
+/// The values that the root leads to are numbered in the order in which they are met, level by level: the list of the
+/// numbered ones is the queue of those whose links are still to be followed, so nothing recurses.
+class KRBinaryPlistWriter {
+ public:
+  explicit KRBinaryPlistWriter(const KRBinaryPlist& list);
+
+  /// To be called once.
+  std::string write();
+
+ private:
+  using Node = KRBinaryPlist::Node;
+  using Value = KRBinaryPlist::Value;
+
+  void numberValues();
+  void numberLinks(const Value& value);
+  /// The value that stands for all equal scalars; containers stand for themselves.
+  Node representative(Node node);
+  void growTable();
+  uint64_t hash(const Value& value) const;
+  bool isSame(const Value& a, const Value& b) const;
+
+  void writeValue(const Value& value);
+  void writeText(std::string_view text);
+  void writeLinks(const Value& value, size_t count);
+  void writeInteger(int64_t value);
+  void writeMarker(unsigned type, uint64_t count);
+  void writeNumber(uint64_t value, unsigned size);
+
+  const KRBinaryPlist& list_;
+  /// The number of each value in the file, `kNone` for those that have none (yet).
+  std::vector<Node> numbers_;
+  /// The values in the order of their numbers.
+  std::vector<Node> order_;
+  /// Open addressing over scalars; its size is a power of two.
+  std::vector<Node> table_;
+  size_t tableUsed_ = 0;
+  unsigned referenceSize_ = 1;
+  std::string bytes_;
+};
