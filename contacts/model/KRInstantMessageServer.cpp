@@ -4,8 +4,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "contacts/model/KRDecoding.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 namespace {
 
@@ -115,8 +115,8 @@ void KRInstantMessageServer::encodeWithCoder(KRKeyedArchiver& coder) const {
 }
 
 KRRef<KRObject> KRInstantMessageServer::decode(KRKeyedUnarchiver& coder) {
-  const KRString name = coder.decode("name").text();
-  const KRString displayName = coder.decode("displayName").text();
+  const KRString name = krDecodeText(coder, "name");
+  const KRString displayName = krDecodeText(coder, "displayName");
   // The shared instance of that name, so that identity holds after reading back too.
   if (!name.isEmpty()) {
     return KRRef<KRObject>(Servers::shared().serverNamed(name, displayName.isEmpty() ? name : displayName));

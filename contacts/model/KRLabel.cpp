@@ -1,7 +1,7 @@
 #include "contacts/model/KRLabel.h"
 
+#include "contacts/model/KRDecoding.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 bool KRLabel::isEqual(const KRObject* other) const {
   const auto* label = dynamic_cast<const KRLabel*>(other);
@@ -27,7 +27,7 @@ void KRLabel::encodeWithCoder(KRKeyedArchiver& coder) const {
 
 KRRef<KRObject> KRLabel::decode(KRKeyedUnarchiver& coder) {
   auto label = krMake<KRLabel>();
-  label->setName(coder.decode("name").text());
-  label->setDisplayName(coder.decode("displayName").text());
+  label->setName(krDecodeText(coder, "name"));
+  label->setDisplayName(krDecodeText(coder, "displayName"));
   return label;
 }

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "contacts/model/KRDecoding.h"
 #include "contacts/model/KRProperty.h"
 #include "platform/KRHash.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 int32_t KRMutableMultipleValue::type() const {
   return KRValueType::Multiple;
@@ -74,10 +74,11 @@ void KRMutableMultipleValue::encodeWithCoder(KRKeyedArchiver& coder) const {
 
 KRRef<KRObject> KRMutableMultipleValue::decode(KRKeyedUnarchiver& coder) {
   auto multiple = krMake<KRMutableMultipleValue>();
-  const KRValue entries = coder.decode("entries");
-  if (const auto* list = entries.as<KRValueList>()) {
-    for (const KRValue& entry : list->values()) {
-      multiple->addValue(KRRef<KRMutableSingleValue>(entry.as<KRMutableSingleValue>()));
+  if (const auto entries = krDecodeObject<KRValueList>(coder, "entries")) {
+    for (const KRValue& entry : entries->values()) {
+      auto* value = entry.as<KRMutableSingleValue>();
+      if (value == nullptr) coder.fail();
+      multiple->addValue(KRRef<KRMutableSingleValue>(value));
     }
   }
   multiple->setMainIndex(static_cast<size_t>(coder.decodeInteger("main").value_or(-1)));

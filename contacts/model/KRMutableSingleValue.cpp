@@ -1,9 +1,9 @@
 #include "contacts/model/KRMutableSingleValue.h"
 
+#include "contacts/model/KRDecoding.h"
 #include "contacts/model/KRDescribing.h"
 #include "platform/KRHash.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 bool KRMutableSingleValue::isEqual(const KRObject* other) const {
   const auto* single = dynamic_cast<const KRMutableSingleValue*>(other);
@@ -34,9 +34,10 @@ void KRMutableSingleValue::encodeWithCoder(KRKeyedArchiver& coder) const {
 
 KRRef<KRObject> KRMutableSingleValue::decode(KRKeyedUnarchiver& coder) {
   auto single = krMake<KRMutableSingleValue>();
-  const KRValue label = coder.decode("label");
-  single->setLabel(KRRef<KRLabel>(label.as<KRLabel>()));
+  single->setLabel(krDecodeObject<KRLabel>(coder, "label"));
   single->setValue(coder.decode("value"));
-  single->setType(static_cast<int32_t>(coder.decodeInteger("type").value_or(0)));
+  const int64_t type = coder.decodeInteger("type").value_or(0);
+  if (type != static_cast<int32_t>(type)) coder.fail();
+  single->setType(static_cast<int32_t>(type));
   return single;
 }

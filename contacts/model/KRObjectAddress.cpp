@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "contacts/model/KRDecoding.h"
 #include "contacts/model/KRDescribing.h"
 #include "platform/KRHash.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 namespace {
 
@@ -98,10 +98,12 @@ void KRObjectAddress::encodeWithCoder(KRKeyedArchiver& coder) const {
 
 KRRef<KRObject> KRObjectAddress::decode(KRKeyedUnarchiver& coder) {
   auto address = krMake<KRObjectAddress>();
-  address->setCountryCode(coder.decode("countryCode").text());
-  const KRValue fields = coder.decode("fields");
-  if (const auto* map = fields.as<KRValueMap>()) {
-    for (const KRValueMap::Entry& entry : map->entries()) address->setStringValue(entry.value.text(), entry.key);
+  address->setCountryCode(krDecodeText(coder, "countryCode"));
+  if (const auto fields = krDecodeObject<KRValueMap>(coder, "fields")) {
+    for (const KRValueMap::Entry& entry : fields->entries()) {
+      if (entry.value.asText() == nullptr) coder.fail();
+      address->setStringValue(entry.value.text(), entry.key);
+    }
   }
   return address;
 }

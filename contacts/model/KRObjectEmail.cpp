@@ -1,7 +1,7 @@
 #include "contacts/model/KRObjectEmail.h"
 
+#include "contacts/model/KRDecoding.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 bool KRObjectEmail::isEqual(const KRObject* other) const {
   const auto* same = dynamic_cast<const KRObjectEmail*>(other);
@@ -25,5 +25,5 @@ void KRObjectEmail::encodeWithCoder(KRKeyedArchiver& coder) const {
 }
 
 KRRef<KRObject> KRObjectEmail::decode(KRKeyedUnarchiver& coder) {
-  return krMake<KRObjectEmail>(coder.decode("email").text());
+  return krMake<KRObjectEmail>(krDecodeText(coder, "email"));
 }

@@ -1,9 +1,9 @@
 #include "contacts/model/KRObjectInstantMessage.h"
 
+#include "contacts/model/KRDecoding.h"
 #include "contacts/model/KRDescribing.h"
 #include "platform/KRHash.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 bool KRObjectInstantMessage::isEqual(const KRObject* other) const {
   const auto* account = dynamic_cast<const KRObjectInstantMessage*>(other);
@@ -32,6 +32,6 @@ void KRObjectInstantMessage::encodeWithCoder(KRKeyedArchiver& coder) const {
 }
 
 KRRef<KRObject> KRObjectInstantMessage::decode(KRKeyedUnarchiver& coder) {
-  const KRValue server = coder.decode("server");
-  return krMake<KRObjectInstantMessage>(coder.decode("userName").text(), server.as<KRInstantMessageServer>());
+  const auto server = krDecodeObject<KRInstantMessageServer>(coder, "server");
+  return krMake<KRObjectInstantMessage>(krDecodeText(coder, "userName"), server.get());
 }

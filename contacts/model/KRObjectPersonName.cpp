@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#include "contacts/model/KRDecoding.h"
 #include "contacts/model/KRDescribing.h"
 #include "platform/KRHash.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 namespace {
 
@@ -85,6 +85,6 @@ void KRObjectPersonName::encodeWithCoder(KRKeyedArchiver& coder) const {
 }
 
 KRRef<KRObject> KRObjectPersonName::decode(KRKeyedUnarchiver& coder) {
-  return krMake<KRObjectPersonName>(coder.decode("first").text(), coder.decode("middle").text(),
-                                    coder.decode("last").text());
+  return krMake<KRObjectPersonName>(krDecodeText(coder, "first"), krDecodeText(coder, "middle"),
+                                    krDecodeText(coder, "last"));
 }

@@ -1,7 +1,7 @@
 #include "contacts/model/KRObjectPhone.h"
 
+#include "contacts/model/KRDecoding.h"
 #include "platform/KRKeyedArchiver.h"
-#include "platform/KRKeyedUnarchiver.h"
 
 bool KRObjectPhone::isEqual(const KRObject* other) const {
   const auto* same = dynamic_cast<const KRObjectPhone*>(other);
@@ -25,5 +25,5 @@ void KRObjectPhone::encodeWithCoder(KRKeyedArchiver& coder) const {
 }
 
 KRRef<KRObject> KRObjectPhone::decode(KRKeyedUnarchiver& coder) {
-  return krMake<KRObjectPhone>(coder.decode("phoneNumber").text());
+  return krMake<KRObjectPhone>(krDecodeText(coder, "phoneNumber"));
 }

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <span>
+
+#include "platform/KRKeyedUnarchiver.h"
+
+/// The classes that stand in archives of persons: those of the contact model and the temporary person. What reads the
+/// trash file, or an archive of one person, passes this table.
+std::span<const KRArchiveClass> krContactsArchiveClasses();
