@@ -13,20 +13,15 @@ class KRIssueFindControlDelegate {
   virtual ~KRIssueFindControlDelegate() = default;
 
   /// Once, first thing in the run.
-  virtual void KRIssueFindControlDelegate_FindStart(KRIssueFindControl& findControl) { (void)findControl; }
+  virtual void KRIssueFindControlDelegate_FindStart([[maybe_unused]] KRIssueFindControl& findControl) {}
 
   /// During each detector's work and after each issue, with the percentage of the whole run (written form:
   /// `KRIssueFindControlDelegate_Finding:findControl:`). The last one is a little below 100 for many numbers of issues.
-  virtual void KRIssueFindControlDelegate_Finding(double progress, KRIssueFindControl& findControl) {
-    (void)progress;
-    (void)findControl;
-  }
+  virtual void KRIssueFindControlDelegate_Finding([[maybe_unused]] double progress,
+                                                  [[maybe_unused]] KRIssueFindControl& findControl) {}
 
   /// Once, last thing in the run: the result belongs to the listener from now on (written form:
   /// `KRIssueFindControlDelegate_FindEnd:findControl:`).
-  virtual void KRIssueFindControlDelegate_FindEnd(const KRRef<KRIssueFindResult>& result,
-                                                  KRIssueFindControl& findControl) {
-    (void)result;
-    (void)findControl;
-  }
+  virtual void KRIssueFindControlDelegate_FindEnd([[maybe_unused]] const KRRef<KRIssueFindResult>& result,
+                                                  [[maybe_unused]] KRIssueFindControl& findControl) {}
 };

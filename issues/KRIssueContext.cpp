@@ -1,0 +1,161 @@
+#include "issues/KRIssueContext.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "handles/KRIssueHandle.h"
+#include "issues/KRIssueFindResult.h"
+#include "platform/KRCaseless.h"
+#include "platform/KRFatal.h"
+
+namespace {
+
+struct PersonHash {
+  size_t operator()(const IKRPerson* person) const { return person->hash(); }
+};
+struct PersonEqual {
+  bool operator()(const IKRPerson* a, const IKRPerson* b) const { return krEqualObjects(a, b); }
+};
+using PersonSet = std::unordered_set<const IKRPerson*, PersonHash, PersonEqual>;
+
+/// What a finding is sorted by, worked out once: the name without its case, and the first bytes of it as a number, so
+/// that most comparisons need not look at the text.
+struct SortKey {
+  uint64_t prefix;
+  uint32_t place;
+};
+
+uint64_t prefixOf(std::string_view text) noexcept {
+  uint64_t prefix = 0;
+  for (size_t i = 0; i < sizeof prefix; ++i) {
+    prefix = (prefix << 8U) | (i < text.size() ? static_cast<unsigned char>(text[i]) : 0U);
+  }
+  return prefix;
+}
+
+KRString sortName(const IKRPerson& person) {
+  KRString name = person.nameChineesPinyin();
+  if (name.isNothing()) name = person.displayName();
+  return name.isNothing() ? ""_kr : name;
+}
+
+}  // namespace
+
+KRIssueContext::KRIssueContext(KRRef<KRIssue> issue) : issue_(std::move(issue)) {}
+
+KRIssueContext::~KRIssueContext() {
+  result_.set(*this, nullptr);
+}
+
+KRRef<KRIssue> KRIssueContext::issue() const {
+  return issue_.get();
+}
+
+void KRIssueContext::setIssue(KRRef<KRIssue> issue) {
+  issue_.set(std::move(issue));
+}
+
+KRRef<KRIssueFindResult> KRIssueContext::result() const {
+  return result_.get();
+}
+
+void KRIssueContext::setResult(KRIssueFindResult* result) {
+  result_.set(*this, result);
+}
+
+KRRef<KRIssueFindResult> KRIssueContext::issueFindResult() const {
+  return result();
+}
+
+void KRIssueContext::setObjects(const KRList<KRIssueObject>& objects) {
+  const auto given = objects.copy();
+  objects_.removeAll();
+  for (const auto& object : given) objects_.append(object);
+}
+
+void KRIssueContext::addIssueObject(KRIssueObject* object) {
+  if (object == nullptr) return;
+  objects_.append(object);
+  object->setContext(this);
+}
+
+void KRIssueContext::removeIssueObject(KRIssueObject* object) {
+  objects_.remove(object);
+}
+
+KRPersonArray KRIssueContext::allPersons() {
+  if (const auto known = allArray_.get()) return *known;
+  std::vector<IKRPerson*> all;
+  PersonSet seen;
+  for (const KRIssueObject& object : objects_) {
+    const KRPersonArray persons = object.persons();
+    const size_t before = all.size();
+    std::copy_if(persons.begin(), persons.end(), std::back_inserter(all),
+                 [&](const IKRPerson* person) { return !seen.contains(person); });
+    seen.insert(all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
+  }
+  const KRPersonArray array{std::span<IKRPerson* const>(all)};
+  allArray_.set(array);
+  return array;
+}
+
+std::vector<KRValue> KRIssueContext::allInfo() const {
+  std::vector<KRValue> all;
+  for (const KRIssueObject& object : objects_) {
+    KRValue info = object.info();
+    if (!info.isNothing()) all.push_back(std::move(info));
+  }
+  return all;
+}
+
+void KRIssueContext::setHandleToAllObject(KRIssueHandle* handle) {
+  const KRRef<KRIssue> issue = this->issue();
+  if (handle == nullptr || !issue || !issue->handelArray().contains(handle)) return;
+  for (KRIssueObject& object : objects_) object.setHandle(KRRef<KRIssueHandle>(handle));
+}
+
+void KRIssueContext::fixAll() {
+  // The last fix may take the context out of the result that is all that keeps it.
+  const KRRef<KRIssueContext> alive(this);
+  const uint32_t changes = objects_.changes();
+  const size_t count = objects_.count();
+  // A change is noticed when the walk goes on to a further element: the fix of the last one may still take it out.
+  for (size_t i = 0; i < std::max(count, objects_.count()); ++i) {
+    if (objects_.changes() != changes) KRFatal("the findings of a context were changed while they were being fixed");
+    objects_.at(i)->fix();
+  }
+}
+
+void KRIssueContext::fixAllForProgress(const KRProgress& progress) {
+  const KRRef<KRIssueContext> alive(this);
+  const auto count = static_cast<int64_t>(objects_.count());
+  int64_t left = count;
+  while (left != 0) {
+    objects_.first()->fix();
+    left = static_cast<int64_t>(objects_.count());
+    progress(static_cast<double>(static_cast<float>(count - left) * 100.0F / static_cast<float>(count)));
+  }
+}
+
+void KRIssueContext::sort() {
+  std::vector<KRString> names;
+  std::vector<SortKey> keys;
+  names.reserve(objects_.count());
+  keys.reserve(objects_.count());
+  for (const KRIssueObject& object : objects_) {
+    const KRPersonArray persons = object.persons();
+    names.push_back(krCaselessKey(sortName(*persons.first())));
+    keys.push_back({prefixOf(names.back().view()), static_cast<uint32_t>(keys.size())});
+  }
+  const auto isBefore = [&](const SortKey& a, const SortKey& b) {
+    if (a.prefix != b.prefix) return a.prefix < b.prefix;
+    const int order = names[a.place].view().compare(names[b.place].view());
+    return order != 0 ? order < 0 : a.place < b.place;
+  };
+  if (std::is_sorted(keys.begin(), keys.end(), isBefore)) return;
+  std::sort(keys.begin(), keys.end(), isBefore);
+  std::vector<uint32_t> order;
+  order.reserve(keys.size());
+  for (const SortKey& key : keys) order.push_back(key.place);
+  objects_.reorder(order);
+}

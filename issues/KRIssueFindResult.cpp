@@ -1,0 +1,66 @@
+#include "issues/KRIssueFindResult.h"
+
+#include "issues/KRPersonIndex.h"
+
+KRIssueFindResult::KRIssueFindResult() : index_(std::make_unique<KRPersonIndex>(*this)) {}
+
+KRIssueFindResult::~KRIssueFindResult() = default;
+
+KRRef<KRAddressBook> KRIssueFindResult::addressBook() const {
+  return addressBook_.get();
+}
+
+void KRIssueFindResult::setAddressBook(KRRef<KRAddressBook> addressBook) {
+  addressBook_.set(std::move(addressBook));
+}
+
+void KRIssueFindResult::setContexts(const KRList<KRIssueContext>& contexts) {
+  const auto given = contexts.copy();
+  contexts_.removeAll();
+  for (const auto& context : given) contexts_.append(context);
+}
+
+void KRIssueFindResult::addContext(KRIssueContext* context) {
+  if (context == nullptr) return;
+  contexts_.append(context);
+  context->setResult(this);
+  for (KRIssueObject& object : context->objects()) {
+    const KRPersonArray persons = object.persons();
+    for (const IKRPerson* person : persons) index_->add(&object, person);
+  }
+  context->sort();
+}
+
+void KRIssueFindResult::insertContext(KRIssueContext* context, size_t atIndex) {
+  if (context == nullptr) return;
+  contexts_.insert(context, atIndex);
+  context->setResult(this);
+}
+
+void KRIssueFindResult::removeContext(KRIssueContext* context) {
+  contexts_.remove(context);
+}
+
+void KRIssueFindResult::addObject(KRIssueObject* object, const KRString& forPersonAddress) {
+  if (object != nullptr) index_->add(object, forPersonAddress);
+}
+
+void KRIssueFindResult::addObjectForPerson(KRIssueObject* object, const IKRPerson* person) {
+  if (object != nullptr && person != nullptr) index_->add(object, person);
+}
+
+void KRIssueFindResult::removeObject(KRIssueObject* object, const KRString& byPersonAddress) {
+  if (auto* objects = index_->find(byPersonAddress)) objects->remove(object);
+}
+
+void KRIssueFindResult::removeObjectForPerson(KRIssueObject* object, const IKRPerson* person) {
+  if (auto* objects = index_->find(person)) objects->remove(object);
+}
+
+KRList<KRIssueObject>* KRIssueFindResult::issueObjectByPerson(const KRString& personAddress) {
+  return index_->find(personAddress);
+}
+
+KRList<KRIssueObject>* KRIssueFindResult::issueObjectsOfPerson(const IKRPerson* person) {
+  return index_->find(person);
+}
