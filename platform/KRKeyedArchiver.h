@@ -53,24 +53,30 @@ class KRKeyedArchiver {
   /// The place of the value in "$objects"; a new one is reserved for what is met for the first time.
   uint32_t place(const KRValue& value);
   uint32_t placeOfObject(KRObject* object);
+  uint32_t placeOfDate(const KRDate& date);
+  /// The place of the record of a class; `base` stands between it and the root class, or is nothing.
   uint32_t placeOfClass(KRText name, KRText base);
   uint32_t newPlace(Node node);
-  void writeBody(uint32_t place, KRObject& object);
-  void writeDate(uint32_t place, const KRDate& date);
+  void writeBody(uint32_t place, const KRObject& object);
+  void writeList(const KRValueList& list);
+  void writeMap(const KRValueMap& map);
   Node reference(const KRValue& value);
   Node keyNode(KRText text);
-  void setField(KRText forKey, Node value);
-  void closeRecord(uint32_t place, KRText className, KRText base);
+  Node fieldKey(KRText key);
+  /// Sets a field of the record being written; `closeRecord` makes the record of them.
+  void setField(Node key, Node value);
+  Node closeRecord(KRText className, KRText base);
 
-  /// An object whose body is still to be written. It is kept until the end, so that no other object gets its address.
-  struct Pending {
+  /// An object that has a place. It is kept until the end, so that no other object gets its address meanwhile.
+  struct Kept {
     KRRef<KRObject> object;
     uint32_t place = 0;
   };
 
   KRBinaryPlist plist_;
   std::vector<Node> objects_;
-  std::vector<Pending> pending_;
+  /// All objects met, in the order in which their bodies are written.
+  std::vector<Kept> queue_;
   std::unordered_map<const KRObject*, uint32_t> placeOfObject_;
   std::unordered_map<KRString, uint32_t, KRTextHash, KRTextEqual> placeOfText_;
   std::unordered_map<KRString, uint32_t, KRTextHash, KRTextEqual> placeOfClass_;

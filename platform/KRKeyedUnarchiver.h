@@ -66,13 +66,13 @@ class KRKeyedUnarchiver {
 
  private:
   using Node = KRBinaryPlist::Node;
-  enum class Kind : uint8_t { Unknown, List, Map, Date, CalendarDate, Data, Text, Own };
+  enum class Kind : uint8_t { Unknown, List, Map, Instant, CalendarDate, Bytes, Text, Own };
   struct Class {
     Kind kind = Kind::Unknown;
     const KRArchiveClass* own = nullptr;
   };
   enum class State : uint8_t { Untouched, Busy, Done };
-  /// What became of one entry of "$objects".
+  /// What became of one place of "$objects".
   struct Entry {
     KRValue value;
     /// How many values it would be if nothing was shared.
@@ -80,36 +80,43 @@ class KRKeyedUnarchiver {
     State state = State::Untouched;
   };
 
-  KRKeyedUnarchiver(KRBinaryPlist plist, size_t size, std::span<const KRArchiveClass> classes);
+  KRKeyedUnarchiver(const KRBinaryPlist& plist, size_t size, std::span<const KRArchiveClass> classes);
   std::optional<KRValue> decodeRoot();
   bool openObjects();
   KRValue decodeNode(Node node);
   KRValue decodePlace(uint64_t place);
-  KRValue decodeEntry(uint32_t place);
+  void decodeEntry(uint32_t place);
+  /// A value without references, made once for each node.
+  KRValue plainValue(Node node);
   KRValue decodeRecord(Node record);
-  KRValue decodeList(Node record);
-  KRValue decodeMap(Node record);
-  KRValue decodeInstant(Node record);
+  KRValue decodeList();
+  KRValue decodeMap();
+  KRValue decodeInstant();
   KRValue decodeCalendarDate();
-  KRValue decodeBytes(Node record);
+  KRValue decodeOwn(const KRArchiveClass& own);
   Class classOf(Node record);
-  Class classNamed(Node classRecord) const;
+  Class classOfName(KRText name) const;
+  Class classOfClassRecord(Node classRecord) const;
+  /// The field of the record being decoded, with the references in it followed, or `kNone`.
   Node field(KRText key) const;
-  /// The node itself, or the object that it refers to.
   Node resolved(Node node) const;
-  bool spend(uint64_t amount);
+  /// The elements of the array under a key of the format's own; damage when there is none.
+  std::span<const Node> elements(KRText key);
   KRValue damaged();
 
-  KRBinaryPlist plist_;
-  std::unordered_map<KRString, const KRArchiveClass*, KRTextHash, KRTextEqual> classes_;
+  const KRBinaryPlist& plist_;
+  std::unordered_map<KRText, const KRArchiveClass*, KRTextHash, KRTextEqual> own_;
   std::unordered_map<Node, Class> classOfRecord_;
+  std::unordered_map<Node, KRValue> plainValues_;
   std::span<const Node> objects_;
   /// For every place, the first place with the same node: a record is decoded once however many places name it.
   std::vector<uint32_t> firstPlace_;
   std::vector<Entry> entries_;
+  /// The record being decoded, and its place.
   Node record_ = KRBinaryPlist::kNone;
   uint32_t place_ = 0;
-  uint64_t budget_;
+  /// How many elements may still be decoded: arrays that many records share must not multiply.
+  uint64_t elementsLeft_;
   uint64_t expanded_ = 0;
   const uint64_t largestExpanded_;
   int depth_ = 0;

@@ -95,6 +95,11 @@ class KRValueMap : public KRObject {
     KRValue value;
   };
 
+  KRValueMap() = default;
+  /// The entries in their order. Their keys are all different, which is not checked: so a large map is made in linear
+  /// time.
+  explicit KRValueMap(std::vector<Entry> entries) : entries_(std::move(entries)) {}
+
   const std::vector<Entry>& entries() const noexcept { return entries_; }
   /// The value under the key, or nothing. Linear: maps are small.
   const KRValue* find(KRText key) const noexcept;
