@@ -43,18 +43,23 @@ class ABPerson : public IKRPerson {
 
   /// The book that holds the person; the book sets it, and clears it when it lets the person go or dies.
   KRAddressBook* addressBook() const noexcept { return book_; }
-  void setAddressBook(KRAddressBook* book) noexcept { book_ = book; }
+  void setAddressBook(KRAddressBook* book) noexcept;
   void setParentGroups(std::vector<KRRef<KRGroup>> groups);
 
   /// The identifier without regard to other persons: one given by `setID`, else the card's UID, else one made from the
   /// card's text, the same in every process.
   KRString baseID() const;
-  /// Gives the person an identifier that its book knows to be unique.
+  /// Gives the person another identifier, before it belongs to a book.
   void setID(const KRString& ID);
   /// Whether the book has made sure that `ID` is unique. A book does so for all its persons when one is first asked.
   bool isIDAssigned() const noexcept { return suffix_.load(std::memory_order_acquire) != 0; }
-  /// Sets which holder of its `baseID` the person is in its book, from 1; the second's `ID` ends in "-2".
-  void setIDSuffix(uint32_t suffix) const noexcept { suffix_.store(suffix, std::memory_order_release); }
+  /// Sets which holder of its `baseID` the person is in its book, from 1; the second's `ID` ends in "-2". Called by the
+  /// book's table of identifiers, which gives its own serial number too; 0 takes the
+  /// place away.
+  void setIDSuffix(uint32_t suffix, uint32_t serial = 0) const noexcept {
+    serial_ = serial;
+    suffix_.store(suffix, std::memory_order_release);
+  }
 
   // The person protocol.
 
@@ -74,6 +79,8 @@ class ABPerson : public IKRPerson {
   void readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visitor) const override;
   size_t entryCount(KROrdinal property) const override;
 
+  KRRef<KRData> thumbnail() const override { return imageData(); }
+  /// A picture that stands in the card is decoded on every call and not kept.
   KRRef<KRData> imageData() const override;
   std::vector<KRRef<KRGroup>> parentGroups() const override;
 
@@ -90,4 +97,5 @@ class ABPerson : public IKRPerson {
   /// What most persons never need: values made or set, a given identifier, groups.
   mutable std::atomic<Side*> side_{nullptr};
   mutable std::atomic<uint32_t> suffix_{0};
+  mutable uint32_t serial_ = 0;
 };

@@ -10,6 +10,8 @@
 #include "platform/KRList.h"
 #include "platform/KRValue.h"
 
+class ABPerson;
+
 /// An address book. This class is a whole one that lives in memory; books with a store behind them derive from it.
 ///
 /// A book owns its persons; a person that outlives its book answers no `addressBookID` any more. One thread at a time,
@@ -59,7 +61,8 @@ class KRAddressBook : public KRObject {
   virtual void update();
 
   /// Makes the identifiers of all records of the book unique; a record calls it when it is first asked for its own.
-  void assignIDs() { IDs_.assign(allPersons()); }
+  void assignIDs(const ABPerson* asking = nullptr) { IDs_.assign(allPersons(), asking); }
+  uint32_t IDSerial() const noexcept { return IDs_.serial(); }
 
  protected:
   KRPersonList persons_;

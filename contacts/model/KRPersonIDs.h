@@ -2,26 +2,37 @@
 
 #include <cstdint>
 #include <mutex>
+#include <unordered_map>
 #include <vector>
 
 #include "contacts/model/IKRPerson.h"
 #include "platform/KRList.h"
+
+class ABPerson;
 
 /// Makes the identifiers of the persons of one book unique: of several persons with the same `baseID` the first keeps
 /// it, the others get a suffix by order of appearance. Persons that have been given theirs keep it when others come or
 /// go. Safe from any thread as long as nobody changes the list.
 class KRPersonIDs {
  public:
+  KRPersonIDs();
+
+  /// A number of this table that no other one of the process has, from 1.
+  uint32_t serial() const noexcept { return serial_; }
   /// Assigns the identifiers of all records that have none yet. Linear in those when they stand at the end of the list.
-  void assign(const KRList<IKRPerson>& persons);
+  /// The person that asks gets one in any case.
+  void assign(const KRList<IKRPerson>& persons, const ABPerson* asking);
 
  private:
   bool insert(uint64_t hash);
   void grow();
-  void assignOne(IKRPerson& person);
+  void assignOne(const IKRPerson& person);
 
   std::mutex lock_;
   /// Hashes of the identifiers in use, open addressing; 0 is free.
   std::vector<uint64_t> used_;
   size_t count_ = 0;
+  /// For identifiers that several persons share, by their hash, the last suffix given.
+  std::unordered_map<uint64_t, uint32_t> lastSuffix_;
+  uint32_t serial_;
 };

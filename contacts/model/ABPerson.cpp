@@ -1,0 +1,439 @@
+#include "contacts/model/ABPerson.h"
+
+#include <array>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "contacts/model/KRAddressBook.h"
+#include "contacts/model/KRLabelTable.h"
+#include "contacts/vcard/KRVCardIdentity.h"
+#include "contacts/vcard/KRVCardReader.h"
+#include "contacts/vcard/KRVCardText.h"
+#include "platform/KRTransliteration.h"
+
+static_assert(kKROrdinalCount + 4 <= 32, "the rows of a record are looked up in a map of 32 bits");
+
+namespace {
+
+constexpr uint8_t row(KROrdinal property) noexcept {
+  return static_cast<uint8_t>(property);
+}
+
+constexpr uint32_t bit(KROrdinal property) noexcept {
+  return 1U << row(property);
+}
+
+/// The date of a row, which holds the text form of one.
+KRValue dateOf(KRText text) {
+  const std::optional<KRDate> date = krParseCardDate(text.view());
+  return date ? KRValue(*date) : KRValue();
+}
+
+KRText labelOf(const KRCardRecord& record, const KRCardRow* entry) {
+  if (entry->label != 0) return KRLabelTable::name(entry->label);
+  const KRCardRow* end = record.rows().data() + record.rows().size();
+  for (const KRCardRow* detail = entry + 1; detail != end && detail->isDetail(); ++detail) {
+    if (detail->what == static_cast<uint8_t>(KRCardPart::LabelText)) return record.view(*detail);
+  }
+  return {};
+}
+
+/// Calls `visit(row, details)` for each row of a property until it answers false.
+template <class Visit>
+void forRows(const KRCardRecord& record, KROrdinal property, Visit visit) {
+  const KRCardRow* entry = record.find(row(property));
+  if (entry == nullptr) return;
+  const KRCardRow* end = record.rows().data() + record.rows().size();
+  while (entry != end && entry->what == row(property)) {
+    const KRCardRow* details = entry + 1;
+    const KRCardRow* next = details;
+    while (next != end && next->isDetail()) ++next;
+    if (!visit(*entry, std::span<const KRCardRow>(details, next))) return;
+    entry = next;
+  }
+}
+
+KRText serviceOf(const KRCardRecord& record, std::span<const KRCardRow> details) {
+  for (const KRCardRow& detail : details) {
+    if (detail.what != static_cast<uint8_t>(KRCardPart::AccountService)) continue;
+    return detail.label != 0 ? KRLabelTable::name(detail.label) : record.view(detail);
+  }
+  return {};
+}
+
+KRRef<KRLabel> labelObject(const KRCardRecord& record, const KRCardRow& entry) {
+  if (entry.label != 0) return KRLabelTable::label(entry.label);
+  const KRText name = labelOf(record, &entry);
+  return name.isNothing() ? KRRef<KRLabel>() : krMake<KRLabel>(KRString(name));
+}
+
+KRRef<KRObjectAddress> addressObject(const KRCardRecord& record, std::span<const KRCardRow> details) {
+  auto address = krMake<KRObjectAddress>();
+  for (const KRCardRow& detail : details) {
+    if (detail.what == static_cast<uint8_t>(KRCardPart::AddressCountryCode)) {
+      address->setCountryCode(record.text(detail));
+    } else if (detail.what == static_cast<uint8_t>(KRCardPart::AddressField)) {
+      address->setStringValue(record.text(detail), kKRAddressFieldNames[detail.detail]);
+    }
+  }
+  return address;
+}
+
+KRValue entryValue(const KRCardRecord& record, int32_t type, const KRCardRow& entry,
+                   std::span<const KRCardRow> details) {
+  switch (type) {
+    case KRValueType::Phone:
+      return krMake<KRObjectPhone>(record.text(entry));
+    case KRValueType::Email:
+      return krMake<KRObjectEmail>(record.text(entry));
+    case KRValueType::Address:
+      return addressObject(record, details);
+    case KRValueType::InstantMessage:
+      return krMake<KRObjectInstantMessage>(record.text(entry),
+                                            KRInstantMessageServer::serverWithName(serviceOf(record, details)));
+    case KRValueType::Date:
+      return dateOf(record.view(entry));
+    default:
+      return record.text(entry);
+  }
+}
+
+KRRef<KRStoredValue> multipleValue(const KRCardRecord& record, const KRProperty& property) {
+  auto multiple = krMake<KRMutableMultipleValue>();
+  forRows(record, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow> details) {
+    if ((entry.detail & KRCardRow::kMain) != 0) multiple->setMainIndex(multiple->count());
+    KRValue value = entryValue(record, property.subValueType(), entry, details);
+    multiple->addValue(
+        krMake<KRMutableSingleValue>(std::move(value), labelObject(record, entry), property.subValueType()));
+    return true;
+  });
+  return multiple;
+}
+
+KRString newIdentifier() {
+  static thread_local std::mt19937_64 random{[] {
+    std::random_device device;
+    return uint64_t{device()} << 32U | device();
+  }()};
+  char text[37];
+  const uint64_t high = random();
+  const uint64_t low = random();
+  // A random UUID (version 4): fixed bits in two places, the rest drawn.
+  std::snprintf(text, sizeof text, "%08x-%04x-4%03x-%04x-%012llx", static_cast<unsigned>(high >> 32U),
+                static_cast<unsigned>(high >> 16U & 0xFFFFU), static_cast<unsigned>(high & 0xFFFU),
+                static_cast<unsigned>((low >> 48U & 0x3FFFU) | 0x8000U),
+                static_cast<unsigned long long>(low & 0xFFFFFFFFFFFFULL));
+  return KRString::trusted(std::string_view(text, 36));
+}
+
+}  // namespace
+
+struct ABPerson::Side {
+  Side() = default;
+  Side(const Side&) = delete;
+  Side& operator=(const Side&) = delete;
+  ~Side() { forgetValues(); }
+
+  void put(KROrdinal property, KRRef<KRStoredValue> value) {
+    KRStoredValue* old = values[row(property)].exchange(value.detach(), std::memory_order_acq_rel);
+    if (old != nullptr) old->release();
+  }
+
+  void forgetValues() {
+    for (auto& value : values) {
+      if (KRStoredValue* old = value.exchange(nullptr, std::memory_order_acq_rel)) old->release();
+    }
+    changed = 0;
+    further.clear();
+  }
+
+  /// Values made from the card, or set. Each holds a reference of its own.
+  std::array<std::atomic<KRStoredValue*>, kKROrdinalCount> values{};
+  /// A bit for each property that was set or cleared.
+  uint32_t changed = 0;
+  /// Values under names that are no standard property's.
+  std::vector<std::pair<KRString, KRRef<KRStoredValue>>> further;
+  KRString ID;
+  std::vector<KRRef<KRGroup>> groups;
+};
+
+ABPerson::ABPerson() {
+  side().ID = newIdentifier();
+}
+
+ABPerson::ABPerson(KRCardRecord record) noexcept : record_(std::move(record)) {}
+
+ABPerson::~ABPerson() {
+  delete side_.load(std::memory_order_acquire);
+}
+
+KRRef<ABPerson> ABPerson::initWithVCardRepresentation(KRText text) {
+  return KRVCardReader::readOne(text.view());
+}
+
+const KRStringList& ABPerson::properties() {
+  static const KRStringList& keys = *new KRStringList([] {
+    KRStringList names;
+    for (const KRProperty* property : KRProperty::StandardPropertyArray()) names.push_back(property->name());
+    for (const KRString& part : {kABFirstNameProperty, kABMiddleNameProperty, kABLastNameProperty}) {
+      names.push_back(part);
+    }
+    return names;
+  }());
+  return keys;
+}
+
+ABPerson::Side& ABPerson::side() const {
+  Side* present = side_.load(std::memory_order_acquire);
+  if (present != nullptr) return *present;
+  auto made = std::make_unique<Side>();
+  if (side_.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel)) return *made.release();
+  return *present;
+}
+
+void ABPerson::setRecord(KRCardRecord record) {
+  record_ = std::move(record);
+  if (Side* side = side_.load(std::memory_order_acquire)) side->forgetValues();
+}
+
+bool ABPerson::isChanged() const noexcept {
+  const Side* side = side_.load(std::memory_order_acquire);
+  return side != nullptr && (side->changed != 0 || !side->further.empty());
+}
+
+bool ABPerson::isChanged(KROrdinal property) const noexcept {
+  const Side* side = side_.load(std::memory_order_acquire);
+  return side != nullptr && (side->changed & bit(property)) != 0;
+}
+
+bool ABPerson::isStored(KROrdinal property) const noexcept {
+  const Side* side = side_.load(std::memory_order_acquire);
+  return side != nullptr && ((side->changed & bit(property)) != 0 ||
+                             side->values[row(property)].load(std::memory_order_acquire) != nullptr);
+}
+
+void ABPerson::setAddressBook(KRAddressBook* book) noexcept {
+  book_ = book;
+  // Another book makes sure of the identifier anew; the one that did already still keeps it.
+  if (book != nullptr && book->IDSerial() != serial_) suffix_.store(0, std::memory_order_release);
+}
+
+KRString ABPerson::baseID() const {
+  const Side* side = side_.load(std::memory_order_acquire);
+  if (side != nullptr && !side->ID.isNothing()) return side->ID;
+  const KRCardRow* UID = record_.find(KRCardPart::UID);
+  return UID != nullptr ? record_.text(*UID) : krCardIdentity(record_.card());
+}
+
+void ABPerson::setID(const KRString& ID) {
+  side().ID = ID;
+  suffix_.store(0, std::memory_order_release);
+}
+
+KRString ABPerson::ID() const {
+  if (book_ != nullptr && !isIDAssigned()) book_->assignIDs(this);
+  KRString base = baseID();
+  const uint32_t suffix = suffix_.load(std::memory_order_acquire);
+  if (suffix < 2) return base;
+  const std::string number = "-" + std::to_string(suffix);
+  return krConcat({base, KRText(std::string_view(number))});
+}
+
+KRString ABPerson::addressBookID() const {
+  return book_ == nullptr ? KRString() : book_->ID();
+}
+
+KRString ABPerson::displayName() const {
+  KRHold hold;
+  const KRNameView name = readName(hold);
+  return name.isPresent ? KRObjectPersonName::displayString(name.first, name.middle, name.last) : ""_kr;
+}
+
+KRRef<KRStoredValue> ABPerson::makeValue(const KRProperty& property) const {
+  const auto single = [&](KRValue value) -> KRRef<KRStoredValue> { return krSingleValue(std::move(value), property); };
+  if (property.valueType() == KRValueType::PersonName) {
+    const auto part = [&](KRCardPart what) {
+      const KRCardRow* place = record_.find(what);
+      return place == nullptr ? KRString() : record_.text(*place);
+    };
+    if (!record_.has(KRCardPart::FirstName) && !record_.has(KRCardPart::MiddleName) &&
+        !record_.has(KRCardPart::LastName)) {
+      return {};
+    }
+    return single(krMake<KRObjectPersonName>(part(KRCardPart::FirstName), part(KRCardPart::MiddleName),
+                                             part(KRCardPart::LastName)));
+  }
+  const KRCardRow* place = record_.find(row(property.ordinal()));
+  if (place == nullptr) return {};
+  switch (property.valueType()) {
+    case KRValueType::Multiple:
+      return multipleValue(record_, property);
+    case KRValueType::Date:
+      return single(dateOf(record_.view(*place)));
+    case KRValueType::Data:
+      return single(imageData());
+    case KRValueType::TextList: {
+      KRStringList texts;
+      forRows(record_, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow>) {
+        texts.push_back(record_.text(entry));
+        return true;
+      });
+      return single(KRValueList::ofTexts(texts));
+    }
+    default:
+      return single(record_.text(*place));
+  }
+}
+
+KRRef<KRStoredValue> ABPerson::valueByPropertyName(const KRString& name) const {
+  const KRProperty* property = KRProperty::propertyWithName(name);
+  Side* present = side_.load(std::memory_order_acquire);
+  if (property == nullptr) {
+    if (present == nullptr) return {};
+    for (const auto& [key, value] : present->further) {
+      if (key == name) return value;
+    }
+    return {};
+  }
+  if (present != nullptr && (present->changed & bit(property->ordinal())) != 0) {
+    return KRRef<KRStoredValue>(present->values[row(property->ordinal())].load(std::memory_order_acquire));
+  }
+  if (present != nullptr) {
+    KRStoredValue* kept = present->values[row(property->ordinal())].load(std::memory_order_acquire);
+    if (kept != nullptr) return KRRef<KRStoredValue>(kept);
+  }
+  KRRef<KRStoredValue> made = makeValue(*property);
+  if (!made) return {};
+  // Several threads may have made one; all answer the first that was put in place.
+  KRStoredValue* expected = nullptr;
+  auto& slot = side().values[row(property->ordinal())];
+  made->retain();
+  if (slot.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel)) return made;
+  made->release();
+  return KRRef<KRStoredValue>(expected);
+}
+
+void ABPerson::setValue(KRRef<KRStoredValue> value, const KRString& byPropertyName) {
+  if (const KRProperty* property = KRProperty::propertyWithName(byPropertyName)) {
+    Side& beside = side();
+    beside.changed |= bit(property->ordinal());
+    beside.put(property->ordinal(), std::move(value));
+    return;
+  }
+  if (byPropertyName.isNothing()) return;
+  auto& further = side().further;
+  for (auto each = further.begin(); each != further.end(); ++each) {
+    if (!(each->first == byPropertyName)) continue;
+    if (value) {
+      each->second = std::move(value);
+    } else {
+      further.erase(each);
+    }
+    return;
+  }
+  if (value) further.emplace_back(byPropertyName, std::move(value));
+}
+
+std::vector<const KRProperty*> ABPerson::notNullValueProperty() const {
+  std::vector<const KRProperty*> held;
+  const Side* side = side_.load(std::memory_order_acquire);
+  for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
+    const KROrdinal ordinal = property->ordinal();
+    bool holds = record_.has(row(ordinal));
+    if (side != nullptr && (side->changed & bit(ordinal)) != 0) {
+      holds = side->values[row(ordinal)].load(std::memory_order_acquire) != nullptr;
+    } else if (ordinal == KROrdinal::Name) {
+      holds = record_.has(KRCardPart::FirstName) || record_.has(KRCardPart::MiddleName) ||
+              record_.has(KRCardPart::LastName);
+    }
+    if (holds) held.push_back(property);
+  }
+  return held;
+}
+
+std::vector<KRRef<KRGroup>> ABPerson::groups() const {
+  return parentGroups();
+}
+
+std::vector<KRRef<KRGroup>> ABPerson::parentGroups() const {
+  const Side* side = side_.load(std::memory_order_acquire);
+  return side == nullptr ? std::vector<KRRef<KRGroup>>() : side->groups;
+}
+
+void ABPerson::setParentGroups(std::vector<KRRef<KRGroup>> groups) {
+  side().groups = std::move(groups);
+}
+
+KRString ABPerson::nameChineesPinyin() const {
+  return krMandarinLatinUpper(displayName());
+}
+
+KRString ABPerson::showNameChineesPinyin() const {
+  return krMandarinLatinUpper(showName());
+}
+
+KRText ABPerson::readText(KROrdinal property, KRHold& hold) const {
+  if (isStored(property)) return IKRPerson::readText(property, hold);
+  const KRCardRow* place = record_.find(row(property));
+  if (place == nullptr) return {};
+  const int32_t type = KRProperty::propertyWithOrdinal(property)->valueType();
+  return type == KRValueType::Text || type == KRValueType::Date ? record_.view(*place) : KRText();
+}
+
+KRNameView ABPerson::readName(KRHold& hold) const {
+  if (isStored(KROrdinal::Name)) return IKRPerson::readName(hold);
+  KRNameView name;
+  name.first = record_.view(static_cast<uint8_t>(KRCardPart::FirstName));
+  name.middle = record_.view(static_cast<uint8_t>(KRCardPart::MiddleName));
+  name.last = record_.view(static_cast<uint8_t>(KRCardPart::LastName));
+  name.isPresent = !name.first.isNothing() || !name.middle.isNothing() || !name.last.isNothing();
+  return name;
+}
+
+void ABPerson::readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visitor) const {
+  if (isStored(property)) {
+    IKRPerson::readEntries(property, hold, visitor);
+    return;
+  }
+  if (!record_.has(row(property))) return;
+  const KRProperty& descriptor = *KRProperty::propertyWithOrdinal(property);
+  if (!descriptor.isMultiple() && descriptor.valueType() != KRValueType::TextList) return;
+  forRows(record_, property, [&](const KRCardRow& entry, std::span<const KRCardRow> details) {
+    KREntryView view;
+    view.label = labelOf(record_, &entry);
+    if (property != KROrdinal::Address) {
+      view.text = record_.view(entry);
+      if (property == KROrdinal::InstantMessage) view.server = serviceOf(record_, details);
+      return visitor(view);
+    }
+    KRAddressView address;
+    for (const KRCardRow& detail : details) {
+      if (detail.what == static_cast<uint8_t>(KRCardPart::AddressCountryCode)) {
+        address.countryCode = record_.view(detail);
+      } else if (detail.what == static_cast<uint8_t>(KRCardPart::AddressField)) {
+        address.fields[detail.detail] = record_.view(detail);
+      }
+    }
+    view.address = &address;
+    return visitor(view);
+  });
+}
+
+size_t ABPerson::entryCount(KROrdinal property) const {
+  if (isStored(property)) return IKRPerson::entryCount(property);
+  if (!record_.has(row(property))) return 0;
+  const KRProperty& descriptor = *KRProperty::propertyWithOrdinal(property);
+  if (!descriptor.isMultiple() && descriptor.valueType() != KRValueType::TextList) return 0;
+  size_t count = 0;
+  forRows(record_, property, [&](const KRCardRow&, std::span<const KRCardRow>) { return ++count != 0; });
+  return count;
+}
+
+KRRef<KRData> ABPerson::imageData() const {
+  if (isStored(KROrdinal::Thumbnail)) return IKRPerson::imageData();
+  const KRCardRow* place = record_.find(row(KROrdinal::Thumbnail));
+  if (place == nullptr) return {};
+  const std::string_view text = record_.view(*place).view();
+  return krMake<KRData>(place->detail == KRCardRow::Base64 ? krDecodeBase64(text) : std::string(text));
+}

@@ -1,0 +1,87 @@
+#include "contacts/model/KRPersonIDs.h"
+
+#include <algorithm>
+#include <atomic>
+#include <string>
+
+#include "contacts/model/ABPerson.h"
+
+namespace {
+
+/// The record, or null for a host's own kind of person, whose identifier is its own affair.
+const ABPerson* asRecord(const IKRPerson& person) {
+  return dynamic_cast<const ABPerson*>(&person);
+}
+
+uint64_t hashOf(KRText text) {
+  const uint64_t hash = text.hash();
+  return hash == 0 ? 1 : hash;
+}
+
+std::atomic<uint32_t> lastSerial{0};
+
+}  // namespace
+
+KRPersonIDs::KRPersonIDs() : serial_(++lastSerial) {}
+
+void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* asking) {
+  const std::lock_guard guard(lock_);
+  // New persons stand at the end: those from the last assigned one on are new.
+  size_t first = persons.count();
+  while (first > 0) {
+    const ABPerson* record = asRecord(*persons.at(first - 1));
+    if (record != nullptr && record->isIDAssigned()) break;
+    --first;
+  }
+  for (size_t i = first; i < persons.count(); ++i) assignOne(*persons.at(i));
+  if (asking == nullptr || asking->isIDAssigned()) return;
+  // A person that came back with its identifier hides those that came before it.
+  for (const IKRPerson& person : persons) {
+    const ABPerson* record = asRecord(person);
+    if (record != nullptr && !record->isIDAssigned()) assignOne(person);
+  }
+  if (!asking->isIDAssigned()) assignOne(*asking);
+}
+
+void KRPersonIDs::assignOne(const IKRPerson& person) {
+  const ABPerson* record = asRecord(person);
+  if (record == nullptr) {
+    insert(hashOf(person.ID()));
+    return;
+  }
+  const KRString base = record->baseID();
+  uint32_t suffix = 1;
+  if (!insert(hashOf(base))) {
+    // Where many share one identifier, the search goes on where the last one ended.
+    uint32_t& last = lastSuffix_[hashOf(base)];
+    std::string tried;
+    do {
+      suffix = last = std::max(last + 1, 2U);
+      tried.assign(base.view()).append("-").append(std::to_string(suffix));
+    } while (!insert(hashOf(KRText(std::string_view(tried)))));
+  }
+  record->setIDSuffix(suffix, serial_);
+}
+
+bool KRPersonIDs::insert(uint64_t hash) {
+  if ((count_ + 1) * 2 > used_.size()) grow();
+  size_t slot = hash & (used_.size() - 1);
+  while (used_[slot] != 0) {
+    if (used_[slot] == hash) return false;
+    slot = (slot + 1) & (used_.size() - 1);
+  }
+  used_[slot] = hash;
+  ++count_;
+  return true;
+}
+
+void KRPersonIDs::grow() {
+  std::vector<uint64_t> old(used_.empty() ? 64 : used_.size() * 2, 0);
+  old.swap(used_);
+  for (const uint64_t hash : old) {
+    if (hash == 0) continue;
+    size_t slot = hash & (used_.size() - 1);
+    while (used_[slot] != 0) slot = (slot + 1) & (used_.size() - 1);
+    used_[slot] = hash;
+  }
+}

@@ -1,0 +1,232 @@
+#include "contacts/vcard/KRVCardLines.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "contacts/vcard/KRVCardProperty.h"
+#include "contacts/vcard/KRVCardText.h"
+
+namespace {
+
+const char* find(const char* begin, const char* end, char byte) noexcept {
+  const void* found = std::memchr(begin, byte, static_cast<size_t>(end - begin));
+  return found == nullptr ? end : static_cast<const char*>(found);
+}
+
+std::string_view between(const char* begin, const char* end) noexcept {
+  return {begin, static_cast<size_t>(end - begin)};
+}
+
+/// Where the colon stands that ends the parameters: the first one outside quotes, or where quotes are left open the
+/// first one at all.
+size_t findColon(std::string_view text, size_t from) noexcept {
+  const size_t first = text.find(':', from);
+  if (first == std::string_view::npos) return first;
+  if (text.substr(from, first - from).find('"') == std::string_view::npos) return first;
+  bool isQuoted = false;
+  for (size_t i = from; i < text.size(); ++i) {
+    if (text[i] == '"') isQuoted = !isQuoted;
+    if (text[i] == ':' && !isQuoted) return i;
+  }
+  return first;
+}
+
+bool isBase64Line(std::string_view text) noexcept {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/' ||
+           c == '=' || c == ' ' || c == '\t';
+  });
+}
+
+/// Whether a value goes on in the next line: it ends in "=", blanks behind it not counted. Takes it off.
+bool takeSoftBreak(std::string& text) {
+  const size_t last = text.find_last_not_of(" \t");
+  if (last == std::string::npos || text[last] != '=' || text.find(':') == std::string::npos) return false;
+  text.resize(last);
+  return true;
+}
+
+bool endsWithSoftBreak(std::string_view text) noexcept {
+  const size_t last = text.find_last_not_of(" \t");
+  return last != std::string_view::npos && text[last] == '=';
+}
+
+/// The longest name that is looked for behind a lone carriage return.
+constexpr size_t kLongestPropertyStart = 64;
+
+}  // namespace
+
+bool KRVCardLine::is(std::string_view upperName) const noexcept {
+  return krEqualsIgnoringCase(name, upperName);
+}
+
+bool KRVCardLine::isBegin() const noexcept {
+  return is("BEGIN") && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
+}
+
+bool KRVCardLine::isEnd() const noexcept {
+  return is("END") && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
+}
+
+void KRVCardLines::start(std::string_view text, bool isWhole, size_t firstNumber) {
+  position_ = text.data();
+  end_ = text.data() + text.size();
+  lineFeed_ = nullptr;
+  isWhole_ = isWhole;
+  returnsEndLines_ = true;
+  number_ = firstNumber;
+}
+
+void KRVCardLines::rewind(const char* position, size_t number) noexcept {
+  position_ = position;
+  lineFeed_ = nullptr;
+  number_ = number;
+}
+
+bool KRVCardLines::isReturnALineEnd(const char* after) const noexcept {
+  if (returnsEndLines_) return true;
+  const auto room = std::min(static_cast<size_t>(end_ - after), kLongestPropertyStart);
+  const std::string_view text(after, room);
+  const size_t nameEnd = text.find_first_of(":; \t\r\n");
+  if (nameEnd == std::string_view::npos || (text[nameEnd] != ':' && text[nameEnd] != ';')) return false;
+  std::string_view name = text.substr(0, nameEnd);
+  name.remove_prefix(name.rfind('.') + 1);
+  return krVCardProperty(name).meaning != KRVCardMeaning::Unknown ||
+         (name.size() > 2 && krEqualsIgnoringCase(name.substr(0, 2), "X-"));
+}
+
+KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
+  if (lineFeed_ == nullptr || lineFeed_ < begin) lineFeed_ = find(begin, end_, '\n');
+  const char* const limit = lineFeed_;
+  for (const char* from = begin; from < limit;) {
+    const char* const first = find(from, limit, '\r');
+    if (first == limit) break;
+    // Any number of carriage returns before a line feed make one line end with it.
+    const char* after = first + 1;
+    while (after < limit && *after == '\r') ++after;
+    if (after == limit && limit < end_) return {begin, first, limit + 1, false, false};
+    const auto behind = static_cast<size_t>(end_ - first - 1);
+    if (!isWhole_ && (after == end_ || (!returnsEndLines_ && behind < kLongestPropertyStart))) {
+      return {begin, first, end_, true, false};
+    }
+    if (isReturnALineEnd(first + 1)) return {begin, first, first + 1, false, true};
+    from = first + 1;
+  }
+  const bool isLast = limit == end_;
+  return {begin, limit, isLast ? end_ : limit + 1, isLast && !isWhole_, false};
+}
+
+bool KRVCardLines::readHead(std::string_view text, KRVCardLine& line) {
+  const size_t nameEnd = text.find_first_of(":;");
+  const size_t colon = nameEnd == std::string_view::npos ? nameEnd : findColon(text, nameEnd);
+  line.group = {};
+  if (colon == std::string_view::npos) {
+    line.name = {};
+    line.parameters = &cache_.parse({});
+    line.value = text;
+    return false;
+  }
+  line.name = krTrimmedBlanks(text.substr(0, nameEnd));
+  const size_t dot = line.name.rfind('.');
+  if (dot != std::string_view::npos) {
+    line.group = line.name.substr(0, dot);
+    line.name.remove_prefix(dot + 1);
+  }
+  line.parameters = &cache_.parse(text.substr(nameEnd, colon - nameEnd));
+  line.value = text.substr(colon + 1);
+  return true;
+}
+
+KRVCardLines::Result KRVCardLines::next(KRVCardLine& line) {
+  while (true) {
+    if (position_ == end_) return isWhole_ ? Result::AtEnd : Result::NeedsMore;
+    Piece piece = pieceAt(position_);
+    if (piece.isCut || isOpen(piece.next)) return Result::NeedsMore;
+    if (piece.begin == piece.end) {
+      position_ = piece.next;
+      ++number_;
+      continue;
+    }
+    pieces_ = 1;
+    const std::string_view text = between(piece.begin, piece.end);
+    const bool hasHead = readHead(text, line);
+    if (hasHead && line.parameters->encoding != KRVCardParameters::None) {
+      if (line.parameters->encoding == KRVCardParameters::Base64) return takeBase64(piece, line);
+      if (endsWithSoftBreak(text) || isFold(piece.next)) return takeSoftBroken(piece, line);
+    }
+    if (isFold(piece.next)) return takeFolded(piece, line);
+    return finish(piece, piece, line);
+  }
+}
+
+KRVCardLines::Result KRVCardLines::takeFolded(Piece first, KRVCardLine& line) {
+  joined_.assign(first.begin, first.end);
+  Piece last = first;
+  while (isFold(last.next)) {
+    last = pieceAt(last.next);
+    if (last.isCut || isOpen(last.next)) return Result::NeedsMore;
+    joined_.append(last.begin + 1, last.end);
+    ++pieces_;
+  }
+  // The fold may have hidden how the value is written.
+  if (readHead(joined_, line) && line.parameters->encoding != KRVCardParameters::None) {
+    if (line.parameters->encoding == KRVCardParameters::Base64) return takeBase64(first, line);
+    if (endsWithSoftBreak(joined_)) return takeSoftBroken(first, line);
+  }
+  return finish(first, last, line);
+}
+
+KRVCardLines::Result KRVCardLines::takeSoftBroken(Piece first, KRVCardLine& line) {
+  joined_.assign(first.begin, first.end);
+  Piece last = first;
+  pieces_ = 1;
+  while (last.next != end_) {
+    const bool isSoft = takeSoftBreak(joined_);
+    if (!isSoft && !isFold(last.next)) break;
+    const Piece piece = pieceAt(last.next);
+    if (piece.isCut || isOpen(piece.next)) return Result::NeedsMore;
+    // A soft break in the last value of a card leads nowhere.
+    if (isSoft && krEqualsIgnoringCase(krTrimmedBlanks(between(piece.begin, piece.end)), "END:VCARD")) break;
+    joined_.append(isSoft ? piece.begin : piece.begin + 1, piece.end);
+    last = piece;
+    ++pieces_;
+  }
+  if (last.next == end_) takeSoftBreak(joined_);
+  readHead(joined_, line);
+  return finish(first, last, line);
+}
+
+KRVCardLines::Result KRVCardLines::takeBase64(Piece first, KRVCardLine& line) {
+  // The value stands in the text as it is, unless a fold runs through what is before it.
+  const bool isInPlace = line.value.data() >= first.begin && line.value.data() <= first.end;
+  const char* const valueBegin = line.value.data();
+  if (!isInPlace) joined_.assign(first.begin, first.end);
+  pieces_ = 1;
+  Piece last = first;
+  while (last.next != end_) {
+    const Piece piece = pieceAt(last.next);
+    if (piece.isCut || isOpen(piece.next)) return Result::NeedsMore;
+    const bool fold = isFold(last.next);
+    if (!fold && !isBase64Line(between(piece.begin, piece.end))) break;
+    if (!isInPlace) joined_.append(fold ? piece.begin + 1 : piece.begin, piece.end);
+    last = piece;
+    ++pieces_;
+  }
+  if (isInPlace) {
+    finish(first, last, line);
+    line.raw = between(valueBegin, last.end);
+    return Result::Line;
+  }
+  readHead(joined_, line);
+  return finish(first, last, line);
+}
+
+KRVCardLines::Result KRVCardLines::finish(const Piece& first, const Piece& last, KRVCardLine& line) {
+  line.bytes = between(first.begin, last.next);
+  line.raw = line.value;
+  line.number = number_;
+  endedWithReturn_ = last.endedWithReturn;
+  position_ = last.next;
+  number_ += pieces_;
+  return Result::Line;
+}

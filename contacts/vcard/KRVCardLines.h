@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "contacts/vcard/KRVCardParameters.h"
+
+/// One logical line of a vCard: folds and soft line breaks undone, values as they are written otherwise. Views into the
+/// text that was scanned or, for a line of several, into the scanner; valid until the next line is taken.
+struct KRVCardLine {
+  std::string_view group;
+  /// Empty for a line without a colon, which then stands in `value` whole.
+  std::string_view name;
+  const KRVCardParameters* parameters = nullptr;
+  std::string_view value;
+  /// The whole line where it was scanned, its line end included.
+  std::string_view bytes;
+  /// For base64 the value where it was scanned, with its line breaks; else as `value`.
+  std::string_view raw;
+  /// Number of its first line, from 1.
+  size_t number = 0;
+
+  bool is(std::string_view upperName) const noexcept;
+  /// Whether this is "BEGIN:VCARD", respectively "END:VCARD", in any case.
+  bool isBegin() const noexcept;
+  bool isEnd() const noexcept;
+};
+
+/// Takes logical lines from text, one after the other. The text may be cut anywhere: as long as more may follow, a line
+/// that could go on is not given.
+class KRVCardLines {
+ public:
+  enum class Result { Line, NeedsMore, AtEnd };
+
+  /// Starts on new text. `isWhole` when nothing follows it; `firstNumber` is the number of its first line.
+  void start(std::string_view text, bool isWhole, size_t firstNumber);
+  Result next(KRVCardLine& line);
+
+  /// Whether a line may end with a carriage return alone, as decided by the line that begins a card. Otherwise one ends
+  /// a line only where the next begins like a property.
+  void setReturnsEndLines(bool value) noexcept { returnsEndLines_ = value; }
+  /// Whether the last line given ended so.
+  bool endedWithReturn() const noexcept { return endedWithReturn_; }
+
+  /// Where the next line begins, and its number.
+  const char* position() const noexcept { return position_; }
+  size_t number() const noexcept { return number_; }
+  const char* end() const noexcept { return end_; }
+  /// Goes back to the start of a line that was given before.
+  void rewind(const char* position, size_t number) noexcept;
+
+ private:
+  /// One line of the text: its content, and where the next begins.
+  struct Piece {
+    const char* begin;
+    const char* end;
+    const char* next;
+    bool isCut;
+    bool endedWithReturn;
+  };
+
+  Piece pieceAt(const char* begin);
+  bool isReturnALineEnd(const char* after) const noexcept;
+  bool isFold(const char* next) const noexcept { return next < end_ && (*next == ' ' || *next == '\t'); }
+  /// Whether the text after a line end is not there yet.
+  bool isOpen(const char* next) const noexcept { return next == end_ && !isWhole_; }
+  bool readHead(std::string_view text, KRVCardLine& line);
+  Result takeFolded(Piece first, KRVCardLine& line);
+  Result takeSoftBroken(Piece first, KRVCardLine& line);
+  Result takeBase64(Piece first, KRVCardLine& line);
+  Result finish(const Piece& first, const Piece& last, KRVCardLine& line);
+
+  const char* position_ = nullptr;
+  const char* end_ = nullptr;
+  /// The first line feed at or after the place last looked at, so that text without one is searched once.
+  const char* lineFeed_ = nullptr;
+  bool isWhole_ = true;
+  bool returnsEndLines_ = true;
+  bool endedWithReturn_ = false;
+  size_t number_ = 1;
+  size_t pieces_ = 0;
+  std::string joined_;
+  KRVCardParameterCache cache_;
+};

@@ -1,0 +1,205 @@
+#include "contacts/vcard/KRVCardParameters.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "contacts/model/KRLabelTable.h"
+#include "contacts/vcard/KRVCardText.h"
+
+namespace {
+
+/// Types that say nothing about where or how a contact is reached.
+bool isSilent(std::string_view type) noexcept {
+  constexpr std::string_view kSilent[] = {"pref", "internet", "dom", "intl", "postal", "parcel"};
+  return std::find(std::begin(kSilent), std::end(kSilent), type) != std::end(kSilent);
+}
+
+/// "home", "work" and "other" stand first, so that one label has one spelling.
+bool isPlace(std::string_view type) noexcept {
+  return type == "home" || type == "work" || type == "other";
+}
+
+std::string_view unquoted(std::string_view text) noexcept {
+  // Some programs escape the quotes as if they stood in a value.
+  if (text.starts_with("\\\"")) text.remove_prefix(1);
+  if (text.size() < 2 || text.front() != '"') return text;
+  text.remove_prefix(1);
+  if (text.back() == '"') text.remove_suffix(1);
+  if (text.ends_with('\\')) text.remove_suffix(1);
+  return text;
+}
+
+/// Where the next `separator` stands outside quotes, from `from` on, or the size of the text.
+size_t findUnquoted(std::string_view text, char separator, size_t from) noexcept {
+  bool isQuoted = false;
+  for (size_t i = from; i < text.size(); ++i) {
+    if (text[i] == '"') isQuoted = !isQuoted;
+    if (text[i] == separator && !isQuoted) return i;
+  }
+  return text.size();
+}
+
+/// A label that a phone spelled out in the parameter itself:
+/// "X-CUSTOM(CHARSET=UTF-8,ENCODING=QUOTED-PRINTABLE,=70=65)".
+bool readSpelledLabel(std::string_view token, std::string& label) {
+  constexpr std::string_view kStart = "X-CUSTOM(";
+  if (token.size() < kStart.size() || !krEqualsIgnoringCase(token.substr(0, kStart.size()), kStart)) return false;
+  token.remove_prefix(kStart.size());
+  if (token.ends_with(')')) token.remove_suffix(1);
+  const size_t comma = token.rfind(',');
+  const std::string_view last = comma == std::string_view::npos ? token : token.substr(comma + 1);
+  label = krWellFormed(krDecodeQuotedPrintable(last));
+  return true;
+}
+
+class Reading {
+ public:
+  explicit Reading(KRVCardParameters& result) : result_(result) {}
+
+  void parameter(std::string_view text) {
+    const size_t equals = text.find('=');
+    std::string label;
+    if (readSpelledLabel(text, label)) {
+      custom_ = label;
+    } else if (equals == std::string_view::npos) {
+      bare(krTrimmedBlanks(text));
+    } else {
+      named(krTrimmedBlanks(text.substr(0, equals)), krTrimmedBlanks(text.substr(equals + 1)));
+    }
+  }
+
+  void finish() {
+    for (const std::string& type : types_) result_.types.append(type).push_back(' ');
+    const KRString name(labelName());
+    if (name.isEmpty()) return;
+    result_.label = KRLabelTable::number(name);
+    if (result_.label == 0) result_.labelText = name;
+  }
+
+ private:
+  void bare(std::string_view token) {
+    if (!encoding(token)) types(token);
+  }
+
+  void named(std::string_view name, std::string_view value) {
+    if (krEqualsIgnoringCase(name, "TYPE") || krEqualsIgnoringCase(name, "INTERNET")) {
+      types(unquoted(value));
+    } else if (krEqualsIgnoringCase(name, "ENCODING")) {
+      encoding(unquoted(value));
+    } else if (krEqualsIgnoringCase(name, "CHARSET")) {
+      result_.charset = unquoted(value);
+    } else if (krEqualsIgnoringCase(name, "PREF")) {
+      preference(unquoted(value));
+    } else if (krEqualsIgnoringCase(name, "VALUE")) {
+      const std::string_view kind = unquoted(value);
+      result_.isURI = krEqualsIgnoringCase(kind, "URI") || krEqualsIgnoringCase(kind, "URL");
+    } else if (krEqualsIgnoringCase(name, "X-SERVICE-TYPE") || krEqualsIgnoringCase(name, "SERVICE-TYPE")) {
+      result_.service = unquoted(value);
+    } else if (krEqualsIgnoringCase(name, "X-APPLE-OMIT-YEAR")) {
+      result_.omitsYear = true;
+    }
+  }
+
+  bool encoding(std::string_view token) {
+    if (krEqualsIgnoringCase(token, "QUOTED-PRINTABLE") || krEqualsIgnoringCase(token, "Q")) {
+      result_.encoding = KRVCardParameters::QuotedPrintable;
+    } else if (krEqualsIgnoringCase(token, "BASE64") || krEqualsIgnoringCase(token, "B")) {
+      result_.encoding = KRVCardParameters::Base64;
+    } else {
+      return krEqualsIgnoringCase(token, "8BIT") || krEqualsIgnoringCase(token, "7BIT");
+    }
+    return true;
+  }
+
+  void preference(std::string_view value) {
+    int rank = 0;
+    for (const char c : value) {
+      if (c < '0' || c > '9') return;
+      rank = std::min(rank * 10 + (c - '0'), 100);
+    }
+    if (rank > 0) result_.preference = static_cast<uint8_t>(rank);
+  }
+
+  /// One type or a list of them.
+  void types(std::string_view list) {
+    for (size_t at = 0; at <= list.size();) {
+      const size_t comma = findUnquoted(list, ',', at);
+      type(krTrimmedBlanks(unquoted(krTrimmedBlanks(list.substr(at, comma - at)))));
+      at = comma + 1;
+    }
+  }
+
+  void type(std::string_view name) {
+    // A list that was quoted as a whole.
+    if (name.find(',') != std::string_view::npos) {
+      types(name);
+      return;
+    }
+    std::string lowered = krLowerASCII(name);
+    if (lowered == "pref" && result_.preference == 0) result_.preference = 1;
+    if (lowered.starts_with("x-") && lowered.size() > 2) {
+      lowered = name.substr(2);
+    } else if (lowered == "cell") {
+      lowered = "mobile";
+    }
+    if (lowered.empty() || std::find(types_.begin(), types_.end(), lowered) != types_.end()) return;
+    types_.push_back(lowered);
+  }
+
+  std::string labelName() const {
+    if (!custom_.empty()) return custom_;
+    std::string name;
+    const auto append = [&](const std::string& type) {
+      if (!name.empty()) name.push_back(' ');
+      name.append(type);
+    };
+    for (const bool places : {true, false}) {
+      for (const std::string& type : types_) {
+        if (isPlace(type) == places && !isSilent(type) && type != "voice") append(type);
+      }
+    }
+    const bool isVoice = std::find(types_.begin(), types_.end(), "voice") != types_.end();
+    return name.empty() && isVoice ? "voice" : name;
+  }
+
+  KRVCardParameters& result_;
+  std::vector<std::string> types_;
+  std::string custom_;
+};
+
+}  // namespace
+
+bool KRVCardParameters::hasType(std::string_view type) const noexcept {
+  for (size_t at = 0; at < types.size();) {
+    const size_t end = types.find(' ', at);
+    if (std::string_view(types).substr(at, end - at) == type) return true;
+    at = end + 1;
+  }
+  return false;
+}
+
+KRVCardParameters krParseParameters(std::string_view text) {
+  KRVCardParameters result;
+  Reading reading(result);
+  for (size_t at = 0; at < text.size();) {
+    const size_t end = findUnquoted(text, ';', at);
+    if (end > at) reading.parameter(text.substr(at, end - at));
+    at = end + 1;
+  }
+  reading.finish();
+  return result;
+}
+
+const KRVCardParameters& KRVCardParameterCache::parse(std::string_view text) {
+  if (text.size() > kLongest) return uncached_ = krParseParameters(text);
+  // The last bytes tell most parameters apart; a slot that holds another text is taken over.
+  uint64_t tail = 0;
+  std::memcpy(&tail, text.data() + (text.size() > 8 ? text.size() - 8 : 0), std::min<size_t>(text.size(), 8));
+  Slot& slot = slots_[((tail ^ text.size() * 0x9e3779b9U) * 0x9e3779b97f4a7c15U) >> 56U];
+  if (slot.text != text) {
+    slot.parameters = krParseParameters(text);
+    slot.text = text;
+  }
+  return slot.parameters;
+}

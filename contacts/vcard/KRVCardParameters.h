@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/KRString.h"
+
+/// What the parameters of a vCard line say that this library acts on. The rest stays with the card.
+struct KRVCardParameters {
+  enum Encoding : uint8_t { None, QuotedPrintable, Base64 };
+
+  Encoding encoding = None;
+  /// A birthday's year is a stand-in (X-APPLE-OMIT-YEAR).
+  bool omitsYear = false;
+  /// The value is an address to be looked up, not the thing itself.
+  bool isURI = false;
+  /// The rank among the values of its property, 1 the first; 0 for none given.
+  uint8_t preference = 0;
+  /// Number of the label's name in `KRLabelTable`, 0 for none; `labelText` where the table has no room.
+  uint16_t label = 0;
+  KRString labelText;
+  /// CHARSET as written, or empty.
+  std::string charset;
+  /// The service of an account (X-SERVICE-TYPE), or empty.
+  std::string service;
+  /// The types in lower case, in their order, each followed by a blank: "work fax ".
+  std::string types;
+
+  bool hasType(std::string_view type) const noexcept;
+};
+
+/// Reads the parameters of a line as they stand between the property's name and the colon, the leading ";" included:
+/// named or bare, quoted or not, repeated or in a list.
+KRVCardParameters krParseParameters(std::string_view text);
+
+/// Remembers what parameters mean, as a file has few different ones. Not locked.
+class KRVCardParameterCache {
+ public:
+  /// Valid until the next call.
+  const KRVCardParameters& parse(std::string_view text);
+
+ private:
+  struct Slot {
+    std::string text;
+    KRVCardParameters parameters;
+  };
+
+  static constexpr size_t kSlots = 256;
+  static constexpr size_t kLongest = 128;
+
+  std::array<Slot, kSlots> slots_;
+  KRVCardParameters uncached_;
+};
