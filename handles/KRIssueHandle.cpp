@@ -1,9 +1,12 @@
 #include "handles/KRIssueHandle.h"
 
 #include <charconv>
+#include <iterator>
+#include <span>
+#include <string_view>
+#include <vector>
 
-#include "contacts/model/IKRPerson.h"
-#include "issues/KRIssue.h"
+#include "handles/KRHandleTexts.h"
 #include "issues/KRIssueContext.h"
 #include "issues/KRIssueFindResult.h"
 #include "issues/KRIssueNames.h"
@@ -13,46 +16,38 @@
 
 namespace {
 
-struct Text {
-  KRString key;
-  KRString text;
+constexpr KRHandleTexts kEdit[] = {
+    {KRIssueDuplicateNames, "Edit"_kr, "View Contact details and merge duplicate Contacts."_kr},
+    {KRIssueBlankName, "Edit"_kr, "View Contact details and add contact name."_kr},
+    {KRIssueEmailsDuplicatedAmongMultipleContacts, "Edit"_kr,
+     "View Contact details and manage duplicate email addresses."_kr},
+    {KRIssuePhonesDuplicatedAmongMultipleContacts, "Edit"_kr,
+     "View Contact details and manage duplicate phone numbers."_kr},
+    {KRIssueIncompleteName, "Edit"_kr, "View Contact details and complete the missing First or Last name."_kr},
+    {KRIssueInvalidCharacters, "Edit"_kr, "View Contact details and fix the invalid characters."_kr},
+    {KRIssueHasCompanyNameNoTitle, "Edit"_kr, "View Contact details and set job title."_kr},
+    {KRIssueNoteWithSpacingOnly, "Edit"_kr, "View Contact details and add contact notes."_kr},
+    {nullptr, "Edit"_kr, ""_kr},
 };
 
-constexpr Text kTitles[] = {
-    {KRHandleNameEdit, "Edit"_kr},
-    {KRHandleNameMergeContact, "Merge"_kr},
-    {KRHandleNameIgnore, "Ignore"_kr},
+constexpr KRHandleTexts kMerge[] = {
+    {nullptr, "Merge"_kr,
+     "The duplicate contacts will be merged into the contact in the first column. You can manually edit it."_kr},
 };
 
-// What Edit says, by issue.
-constexpr Text kEditInfos[] = {
-    {KRIssueDuplicateNames, "View Contact details and merge duplicate Contacts."_kr},
-    {KRIssueBlankName, "View Contact details and add contact name."_kr},
-    {KRIssueEmailsDuplicatedAmongMultipleContacts, "View Contact details and manage duplicate email addresses."_kr},
-    {KRIssuePhonesDuplicatedAmongMultipleContacts, "View Contact details and manage duplicate phone numbers."_kr},
-    {KRIssueIncompleteName, "View Contact details and complete the missing First or Last name."_kr},
-    {KRIssueInvalidCharacters, "View Contact details and fix the invalid characters."_kr},
-    {KRIssueHasCompanyNameNoTitle, "View Contact details and set job title."_kr},
-    {KRIssueNoteWithSpacingOnly, "View Contact details and add contact notes."_kr},
+// A fixed sentence for values shared among contacts, a localised one (nothing here) for all others; kept so on purpose.
+constexpr KRHandleTexts kIgnore[] = {
+    {KRIssueEmailsDuplicatedAmongMultipleContacts, "Ignore"_kr, "This conflict will be ignored."_kr},
+    {KRIssuePhonesDuplicatedAmongMultipleContacts, "Ignore"_kr, "This conflict will be ignored."_kr},
+    {nullptr, "Ignore"_kr, nullptr},
 };
 
-// What Ignore says, by issue: a fixed sentence for values shared among contacts, the localised one for all others; kept
-// so on purpose.
-constexpr Text kIgnoreInfos[] = {
-    {KRIssueEmailsDuplicatedAmongMultipleContacts, "This conflict will be ignored."_kr},
-    {KRIssuePhonesDuplicatedAmongMultipleContacts, "This conflict will be ignored."_kr},
-};
-
-template <size_t N>
-KRString find(const Text (&table)[N], const KRString& key) {
-  for (const Text& row : table) {
-    if (sameText(row.key, key)) return row.text;
-  }
-  return nullptr;
-}
-
-KRString ifNothing(KRString text, const KRString& otherwise) {
-  return text.isNothing() ? otherwise : text;
+/// The texts of a handle that has no class of its own, by its name; none for a name that is not known.
+std::span<const KRHandleTexts> textsOf(const KRString& handleName) {
+  if (sameText(handleName, KRHandleNameEdit)) return kEdit;
+  if (sameText(handleName, KRHandleNameMergeContact)) return kMerge;
+  if (sameText(handleName, KRHandleNameIgnore)) return kIgnore;
+  return {};
 }
 
 KRRef<KRIssueFindResult> resultOf(const KRIssueObject& finding) {
@@ -130,21 +125,14 @@ KRString KRIssueHandle::personAd(const IKRPerson* person) {
   return KRString::trusted(std::string_view(digits, static_cast<size_t>(end - digits)));
 }
 
-KRString KRIssueHandle::title([[maybe_unused]] KRIssueObject* finding) const {
-  return ifNothing(find(kTitles, name_), name_);
+KRString KRIssueHandle::title(KRIssueObject* finding) const {
+  const auto rows = textsOf(name_);
+  return rows.empty() ? name_ : krHandleTexts(rows, finding).title;
 }
 
 KRString KRIssueHandle::resultInfo(KRIssueObject* finding) const {
-  if (sameText(name_, KRHandleNameMergeContact)) {
-    return "The duplicate contacts will be merged into the contact in the first column. You can manually edit it."_kr;
-  }
-  if (sameText(name_, KRHandleNameEdit)) return ifNothing(find(kEditInfos, issueName(finding)), ""_kr);
-  if (!sameText(name_, KRHandleNameIgnore)) return ""_kr;
-  const KRString fixed = find(kIgnoreInfos, issueName(finding));
-  return fixed.isNothing() ? KRSupportFuction::loadString("KR_IssueSolution_Info_Ignored"_kr) : fixed;
-}
-
-KRString KRIssueHandle::issueName(const KRIssueObject* finding) {
-  const KRRef<KRIssue> issue = finding != nullptr ? finding->issue() : KRRef<KRIssue>();
-  return issue ? issue->name() : KRString();
+  const auto rows = textsOf(name_);
+  if (rows.empty()) return ""_kr;
+  const KRString& text = krHandleTexts(rows, finding).resultInfo;
+  return text.isNothing() ? KRSupportFuction::loadString("KR_IssueSolution_Info_Ignored"_kr) : text;
 }

@@ -59,10 +59,6 @@ class KRIssueHandle : public KRObject {
   /// The sentence that explains what the fix will do (written form: `resultInfo:`); "" where there is none.
   virtual KRString resultInfo(KRIssueObject* finding) const;
 
- protected:
-  /// The name of the finding's issue, or nothing.
-  static KRString issueName(const KRIssueObject* finding);
-
  private:
   KRString name_;
   KRAtomic<KRValue> info_;

@@ -1,6 +1,13 @@
 #include <algorithm>
 #include <iterator>
 
+#include "handles/KRHandleAddSupport.h"
+#include "handles/KRHandleDeleteContact.h"
+#include "handles/KRHandleDeleteDublicateProprty.h"
+#include "handles/KRHandleDeleteDuplicateContacts.h"
+#include "handles/KRHandleDeleteProperty.h"
+#include "handles/KRHandleRemoveSpace.h"
+#include "handles/KRHandleUseDefaultString.h"
 #include "handles/KRIssueHandle.h"
 
 namespace {
@@ -17,6 +24,13 @@ struct Row {
 
 // The class of each name that has one of its own; any other name is a plain handle.
 constexpr Row kRows[] = {
+    {KRHandleNameDeleteDuplicatePerson, make<KRHandleDeleteDuplicateContacts>},
+    {KRHandleNameDeleteDublicatProperty, make<KRHandleDeleteDublicateProprty>},
+    {KRHandleNameDeleteProperty, make<KRHandleDeleteProperty>},
+    {KRHandleNameAddSupport, make<KRHandleAddSupport>},
+    {KRHandleNameDeleteContact, make<KRHandleDeleteContact>},
+    {KRHandleNameRemoveSpace, make<KRHandleRemoveSpace>},
+    {KRHandleNameUseDefaultString, make<KRHandleUseDefaultString>},
     {KRHandleNameEdit, make<KRIssueHandle>},
     {KRHandleNameMergeContact, make<KRIssueHandle>},
     {KRHandleNameIgnore, make<KRIssueHandle>},

@@ -17,8 +17,8 @@ class KRIssueConfig : public KRObject {
   /// The shared configuration: made on first use from what the preferences hold, else by `init`. It lives as long as
   /// the process. Any thread.
   static KRIssueConfig& shareObject();
-  /// Makes the shared configuration anew from the preferences, for a host that has put another store in their place.
-  /// The former one stays valid, but is the shared one no more.
+  /// Has the next use make the shared configuration anew from the preferences, for a host that has put another store in
+  /// their place. The former one stays valid, but is the shared one no more.
   static void reloadShared();
 
   /// All three parts (7), not saved (written form: `init`).
@@ -40,7 +40,7 @@ class KRIssueConfig : public KRObject {
   bool duplicateNameScanFull() const noexcept { return duplicateNameScanSetting() == 7; }
 
   /// Writes the setting into the preferences and flushes them to the disk.
-  void saveToDefault() const;
+  void saveToDefault();
 
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;

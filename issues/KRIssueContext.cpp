@@ -5,7 +5,7 @@
 
 #include "handles/KRIssueHandle.h"
 #include "issues/KRIssueFindResult.h"
-#include "platform/KRCaseless.h"
+#include "platform/KRCaseFolding.h"
 #include "platform/KRFatal.h"
 
 namespace {

@@ -47,8 +47,9 @@ class KRIssueFindControl : public KRObject {
   KRRef<KRAddressBook> addressBook() const { return addressBook_.get(); }
   void setAddressBook(KRRef<KRAddressBook> addressBook) { addressBook_.set(std::move(addressBook)); }
 
-  /// Starts a run on a new detached thread and returns at once. The thread keeps the control alive.
-  void startFind();
+  /// Starts a run on a new detached thread and returns at once. The thread keeps the control alive. False only when the
+  /// system gives no thread: then nothing runs and the listener hears nothing.
+  bool startFind();
   /// Does nothing: a run always goes on to its end notification. Kept as an empty operation on purpose.
   void stop() {}
   /// The run itself, on the calling thread; the argument is ignored (written form: `findThreed:`).

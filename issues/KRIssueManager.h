@@ -18,9 +18,9 @@ class KRIssueManager : public KRObject {
   /// The shared manager: made on first use from what the preferences hold, else by `init`. It lives as long as the
   /// process. Any thread.
   static KRIssueManager& shareIssueManager();
-  /// Makes the shared manager anew from the preferences, for a host that has put another store in their place
-  /// (`KRPreferences::setStandard`). The former manager and its issues stay valid, but are the shared ones no more; not
-  /// while a find runs.
+  /// Has the next use make the shared manager anew from the preferences, for a host that has put another store in their
+  /// place (`KRPreferences::setStandard`). The former manager and its issues stay valid, but are the shared ones no
+  /// more. Not while a find runs.
   static void reloadShared();
 
   /// A manager that uses every issue of the catalogue, already saved (written form: `init`).
@@ -63,7 +63,7 @@ class KRIssueManager : public KRObject {
   static KRStringList issueNamesByIssues(const KRIssueList* issues);
 
   /// Writes the used issues' names into the preferences.
-  void saveToUserDefault() const;
+  void saveToUserDefault();
 
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;

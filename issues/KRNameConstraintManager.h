@@ -16,8 +16,8 @@ class KRNameConstraintManager : public KRObject {
   /// The shared manager: made on first use from what the preferences hold, else by `init`. It lives as long as the
   /// process. Any thread.
   static KRNameConstraintManager& ShareNameConstrainManager();
-  /// Makes the shared manager anew from the preferences, for a host that has put another store in their place. The
-  /// former one stays valid, but is the shared one no more; not while a find runs.
+  /// Has the next use make the shared manager anew from the preferences, for a host that has put another store in their
+  /// place. The former one stays valid, but is the shared one no more; not while a find runs.
   static void reloadShared();
 
   /// A manager with the defaults of the present language, already saved (written form: `init`).
@@ -52,7 +52,7 @@ class KRNameConstraintManager : public KRObject {
   static void forgetLanguage() noexcept;
 
   /// Writes both lists into the preferences.
-  void saveToUserDefault() const;
+  void saveToUserDefault();
 
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
