@@ -4,13 +4,14 @@
 
 #include <vector>
 
+#include "contacts/KRTempPerson.h"
 #include "contacts/model/KRObjectEmail.h"
 #include "contacts/model/KRObjectPersonName.h"
 #include "contacts/model/KRObjectPhone.h"
 #include "tests/support/KRHostPerson.h"
 
 /// Every kind of person that rules must treat alike.
-using KRPersonKinds = testing::Types<KRHostPerson>;
+using KRPersonKinds = testing::Types<KRHostPerson, KRTempPerson>;
 /// Those for which setting a value of nothing clears the property.
 using KRClearingPersonKinds = testing::Types<KRHostPerson>;
 
@@ -33,7 +34,11 @@ struct KRPersonSketch {
 };
 
 inline KRRef<KRMutableSingleValue> krLabelled(KRValue value, int32_t type, const KRString& label = "home"_kr) {
-  return krMake<KRMutableSingleValue>(std::move(value), krMake<KRLabel>(label), type);
+  auto labelled = krMake<KRMutableSingleValue>();
+  labelled->setValue(std::move(value));
+  labelled->setLabel(krMake<KRLabel>(label));
+  labelled->setType(type);
+  return labelled;
 }
 
 /// A multiple value with an `Object` for every text.
