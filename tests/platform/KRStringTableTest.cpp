@@ -71,8 +71,9 @@ TEST(KRStringTable, AMistakeCostsItsEntryOnly) {
   for (const auto& row : kRows) {
     const KRStringTable table = KRStringTable::parse(row.text);
     EXPECT_EQ(table.mistakes(), row.mistakes) << row.text;
-    if (std::string_view(row.text).find("\"a\" = \"b\"\n") == std::string_view::npos)
+    if (std::string_view(row.text).find("\"a\" = \"b\"\n") == std::string_view::npos) {
       EXPECT_EQ(table.find("good"), "1") << row.text;
+    }
   }
 }
 

@@ -1,0 +1,209 @@
+#include "platform/KRTransliteration.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "platform/KRHanReading.h"
+#include "platform/KRICU.h"
+
+namespace {
+
+/// What the rules for spaces ask about a character.
+struct Traits {
+  /// A letter that may follow one of those below.
+  bool isLetter = false;
+  /// Belongs to the letter before it.
+  bool isMark = false;
+  /// A letter right behind it is set off by a space: ideographs, closing brackets, and punctuation that ends something.
+  bool setsOffLetter = false;
+  /// Is set off from a letter before it: ideographs and opening brackets.
+  bool isSetOff = false;
+};
+
+Traits asciiTraits(char c) noexcept {
+  const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+  constexpr std::string_view kEnds = ".,:;?!)]}";
+  constexpr std::string_view kOpens = "([{";
+  return {.isLetter = isLetter,
+          .isMark = false,
+          .setsOffLetter = kEnds.find(c) != std::string_view::npos,
+          .isSetOff = kOpens.find(c) != std::string_view::npos};
+}
+
+Traits traitsOf(char32_t character) noexcept {
+  if (character < 0x80) return asciiTraits(static_cast<char>(character));
+  const auto point = static_cast<UChar32>(character);
+  const uint32_t category = U_GET_GC_MASK(point);
+  const bool isIdeograph = u_hasBinaryProperty(point, UCHAR_IDEOGRAPHIC) != 0;
+  constexpr std::u32string_view kEnds = U"！，．：？｡、；";
+  return {.isLetter = (category & U_GC_L_MASK) != 0,
+          .isMark = (category & U_GC_M_MASK) != 0,
+          .setsOffLetter = isIdeograph || (category & (U_GC_PE_MASK | U_GC_PF_MASK)) != 0 ||
+                           kEnds.find(character) != std::u32string_view::npos,
+          .isSetOff = isIdeograph || (category & (U_GC_PS_MASK | U_GC_PI_MASK)) != 0};
+}
+
+/// Puts spaces between characters one after the other.
+class Spacing {
+ public:
+  /// Whether a space stands before this character.
+  bool before(const Traits& next) noexcept {
+    const bool isSpaced = (setsOffLetter_ && next.isLetter) || (followsLetter_ && next.isSetOff);
+    followsLetter_ = next.isLetter || (next.isMark && followsLetter_);
+    setsOffLetter_ = next.setsOffLetter;
+    return isSpaced;
+  }
+
+ private:
+  bool followsLetter_ = false;
+  bool setsOffLetter_ = false;
+};
+
+KRString upperAscii(std::string_view text) {
+  std::string result;
+  result.reserve(text.size() + 8);
+  Spacing spacing;
+  for (const char c : text) {
+    if (spacing.before(asciiTraits(c))) result += ' ';
+    result += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  }
+  return KRString::trusted(result);
+}
+
+/// Whether the character may stand for other Han characters: an enclosed or squared one, a compatibility form, a
+/// radical. The blocks that hold only plain ideographs are ruled out first.
+bool mayStandForOthers(char32_t character) noexcept {
+  constexpr std::pair<char32_t, char32_t> kBlocks[] = {
+      {0x2E80, 0x33FF}, {0xF900, 0xFAFF}, {0x1F200, 0x1F2FF}, {0x2F800, 0x2FA1F}};
+  const auto isInside = [&](const auto& block) { return character >= block.first && character <= block.second; };
+  if (std::none_of(std::begin(kBlocks), std::end(kBlocks), isInside)) return false;
+
+  constexpr std::pair<char32_t, char32_t> kEnclosed[] = {
+      {0x3192, 0x319F}, {0x3220, 0x3247},   {0x3280, 0x32B0},   {0x32C0, 0x32CB},   {0x3358, 0x3370},  {0x337B, 0x337F},
+      {0x33E0, 0x33FE}, {0x1F210, 0x1F212}, {0x1F214, 0x1F23A}, {0x1F240, 0x1F248}, {0x1F250, 0x1F251}};
+  if (std::any_of(std::begin(kEnclosed), std::end(kEnclosed), isInside)) return true;
+  const auto point = static_cast<UChar32>(character);
+  UErrorCode status = U_ZERO_ERROR;
+  return u_hasBinaryProperty(point, UCHAR_IDEOGRAPHIC) != 0 || uscript_getScript(point, &status) == USCRIPT_HAN;
+}
+
+/// Appends what a Han character stands for; false when ICU fails.
+bool appendPlain(std::u32string& characters, char32_t character) {
+  if (!mayStandForOthers(character)) {
+    characters += character;
+    return true;
+  }
+  UErrorCode status = U_ZERO_ERROR;
+  const UNormalizer2* normalizer = unorm2_getNFKCInstance(&status);
+  if (U_FAILURE(status)) return false;
+  char16_t source[2];
+  int32_t size = 0;
+  U16_APPEND_UNSAFE(source, size, static_cast<UChar32>(character));
+  const auto plain = krFilled(32, [&](char16_t* buffer, int32_t capacity, UErrorCode* failed) {
+    return unorm2_normalize(normalizer, source, size, buffer, capacity, failed);
+  });
+  if (!plain) return false;
+  for (int32_t i = 0; i < static_cast<int32_t>(plain->size());) {
+    UChar32 point = 0;
+    U16_NEXT_UNSAFE(plain->data(), i, point);
+    characters += static_cast<char32_t>(point);
+  }
+  return true;
+}
+
+/// The reading of the character at `place`; four characters are read otherwise before a certain other one.
+std::string_view readingAt(std::u32string_view characters, size_t place) noexcept {
+  struct Exception {
+    char32_t character;
+    char32_t before;
+    std::string_view reading;
+  };
+  constexpr Exception kExceptions[] = {
+      {U'藏', U'文', "ZANG"}, {U'重', U'庆', "CHONG"}, {U'沈', U'阳', "SHEN"}, {U'秘', U'鲁', "BI"}};
+  for (const Exception& each : kExceptions) {
+    if (characters[place] != each.character) continue;
+    std::u32string_view rest = characters.substr(place + 1);
+    if (rest.starts_with(U' ')) rest.remove_prefix(1);
+    if (rest.starts_with(each.before)) return each.reading;
+  }
+  return krHanReading(characters[place]);
+}
+
+/// The text's characters with those that stand for others replaced and with spaces set; false when ICU fails.
+bool spread(std::string_view text, std::u32string& spaced) {
+  std::u32string plain;
+  plain.reserve(text.size());
+  for (size_t position = 0; position < text.size();) {
+    if (!appendPlain(plain, krNextCodePoint(text, position))) return false;
+  }
+  spaced.reserve(plain.size() * 2);
+  Spacing spacing;
+  for (const char32_t character : plain) {
+    if (spacing.before(traitsOf(character))) spaced += U' ';
+    spaced += character == U'｡' ? U'.' : character;
+  }
+  return true;
+}
+
+std::optional<std::u16string> normalized(const UNormalizer2* form, std::u16string_view text) {
+  return krFilled(text.size() + 16, [&](char16_t* buffer, int32_t capacity, UErrorCode* status) {
+    return unorm2_normalize(form, text.data(), static_cast<int32_t>(text.size()), buffer, capacity, status);
+  });
+}
+
+/// Takes the marks off and puts all in upper case; nothing when ICU fails.
+std::optional<std::u16string> bareUpper(std::u16string_view text) {
+  UErrorCode status = U_ZERO_ERROR;
+  const UNormalizer2* apart = unorm2_getNFDInstance(&status);
+  const UNormalizer2* together = unorm2_getNFCInstance(&status);
+  if (U_FAILURE(status)) return std::nullopt;
+  const auto marked = normalized(apart, text);
+  if (!marked) return std::nullopt;
+  std::u16string bare;
+  bare.reserve(marked->size());
+  for (int32_t i = 0; i < static_cast<int32_t>(marked->size());) {
+    const int32_t begin = i;
+    UChar32 point = 0;
+    U16_NEXT_UNSAFE(marked->data(), i, point);
+    if (u_charType(point) != U_NON_SPACING_MARK)
+      bare.append(*marked, static_cast<size_t>(begin), static_cast<size_t>(i - begin));
+  }
+  const auto composed = normalized(together, bare);
+  if (!composed) return std::nullopt;
+  return krFilled(composed->size() + 8, [&](char16_t* buffer, int32_t capacity, UErrorCode* failed) {
+    return u_strToUpper(buffer, capacity, composed->data(), static_cast<int32_t>(composed->size()), "", failed);
+  });
+}
+
+}  // namespace
+
+KRString krMandarinLatinUpper(KRText text) {
+  if (text.isNothing() || text.size() > kKRICULimit / 4) return {};
+  const auto isAscii = [](auto unit) { return (unit & ~0x7F) == 0; };
+  if (std::all_of(text.view().begin(), text.view().end(), isAscii)) return upperAscii(text.view());
+
+  std::u32string characters;
+  if (!spread(text.view(), characters)) return {};
+  std::u16string latin;
+  latin.reserve(characters.size() * 4);
+  for (size_t i = 0; i < characters.size(); ++i) {
+    const std::string_view reading = readingAt(characters, i);
+    if (!reading.empty()) {
+      latin.append(reading.begin(), reading.end());
+    } else if (characters[i] < 0x80) {
+      const auto c = static_cast<char16_t>(characters[i]);
+      latin += c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - u'a' + u'A') : c;
+    } else {
+      char16_t units[2];
+      int32_t size = 0;
+      U16_APPEND_UNSAFE(units, size, static_cast<UChar32>(characters[i]));
+      latin.append(units, static_cast<size_t>(size));
+    }
+  }
+  if (std::all_of(latin.begin(), latin.end(), isAscii))
+    return KRString::trusted(std::string(latin.begin(), latin.end()));
+  const auto upper = bareUpper(latin);
+  const auto utf8 = upper ? krToUtf8(*upper) : std::nullopt;
+  return utf8 ? KRString::trusted(*utf8) : KRString();
+}
