@@ -53,23 +53,27 @@ class KRFilePreferences : public KRPreferences {
     int64_t nanoseconds = 0;
     friend bool operator==(const Stamp&, const Stamp&) = default;
   };
-  enum class Content : uint8_t { Absent, Good, Damaged, Unknown };
+  enum class Content : uint8_t { Absent, Good, Damaged };
 
-  std::optional<Stamp> stamp() const;
   void change(KRText key, KRValue value);
-  /// Reads the file when it is not the one that was read last.
+  std::optional<Stamp> stamp() const;
+  /// Reads the file when it may not be the one that was read last.
   void refresh();
-  /// Reads the file; `Unknown` with an error when the system gave no content for a reason that may pass.
+  /// Reads the file. An error is one that may pass, such as too many open files, and says nothing about the content.
   KRResult<void> load();
   KRResult<void> writeChanges();
   KRResult<void> setAside() const;
-  std::string changedList();
+  /// The changed content of the file that was read; nothing when the changes change nothing.
+  std::optional<std::string> changedContent();
 
   const KRString path_;
   std::mutex lock_;
+  /// What was read last; `list_` looks at `bytes_`.
   KRBuffer bytes_;
   KRBinaryPlist list_;
+  Content content_ = Content::Absent;
+  /// Nothing when the file has to be read again in any case.
   std::optional<Stamp> stamp_;
-  Content content_ = Content::Unknown;
+  /// What is not in the file yet.
   std::vector<Change> changes_;
 };
