@@ -1,6 +1,5 @@
 #include "issues/KRIssueFindControl.h"
 
-#include "issues/KRIssueFind.h"
 #include "issues/KRIssueManager.h"
 #include "platform/KRThread.h"
 
@@ -43,6 +42,10 @@ bool KRIssueFindControl::startFind() {
   return krDetach(self, [this] { findThreed(); });
 }
 
+KRRef<KRIssueFind> KRIssueFindControl::detectorForIssue(KRIssue* issue) {
+  return KRIssueFind::issueFindWithIssue(issue);
+}
+
 void KRIssueFindControl::findThreed([[maybe_unused]] const KRValue& ignored) {
   sendStart();
   const auto result = krMake<KRIssueFindResult>();
@@ -56,7 +59,7 @@ void KRIssueFindControl::findThreed([[maybe_unused]] const KRValue& ignored) {
     const double step = static_cast<double>(100.0F / static_cast<float>(issues.size()));
     double base = 0.0;
     for (const KRRef<KRIssue>& issue : issues) {
-      if (const auto detector = KRIssueFind::issueFindWithIssue(issue.get())) {
+      if (const auto detector = detectorForIssue(issue.get())) {
         const auto scaled = [&](double percent) { sendFinding(percent / 100.0 * step + base); };
         const auto context = detector->find(persons, scaled);
         if (context && !context->issueObjects().isEmpty()) result->addContext(context.get());

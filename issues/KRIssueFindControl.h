@@ -5,6 +5,7 @@
 #include "contacts/model/IKRPerson.h"
 #include "contacts/model/KRAddressBook.h"
 #include "issues/KRIssue.h"
+#include "issues/KRIssueFind.h"
 #include "issues/KRIssueFindControlDelegate.h"
 #include "issues/KRIssueFindResult.h"
 #include "platform/KRAtomic.h"
@@ -60,11 +61,17 @@ class KRIssueFindControl : public KRObject {
   void sendFinding(double progress);
   void sendEnd(const KRRef<KRIssueFindResult>& result);
 
- private:
+ protected:
+  /// A control without lists and book, for a host's own class.
+  KRIssueFindControl() = default;
   template <class T, class... Arguments>
   friend KRRef<T> krMake(Arguments&&...);
-  KRIssueFindControl() = default;
 
+  /// The detector that a run asks for each issue; nothing when the issue has none. A host with detectors of its own
+  /// adds them here. Called on the run's thread.
+  virtual KRRef<KRIssueFind> detectorForIssue(KRIssue* issue);
+
+ private:
   KRAtomic<std::shared_ptr<Delegate>> delegate_;
   KRAtomic<std::shared_ptr<KRIssueList>> issueArray_;
   KRAtomic<std::shared_ptr<KRPersonList>> personArray_;
