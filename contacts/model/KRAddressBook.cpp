@@ -100,11 +100,7 @@ KRRef<IKRPerson> KRAddressBook::newPerson() {
 void KRAddressBook::addPerson(IKRPerson* person) {
   if (person == nullptr || persons_.contains(person)) return;
   persons_.append(person);
-  ABPerson* own = record(person);
-  if (own == nullptr) return;
-  // An identifier that was unique among the persons of another book need not be so among these.
-  if (own->addressBook() != nullptr) own->setIDSuffix(0);
-  own->setAddressBook(this);
+  if (ABPerson* own = record(person)) own->setAddressBook(this);
 }
 
 void KRAddressBook::addPersons(const std::vector<KRRef<IKRPerson>>& persons) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,7 +15,8 @@ namespace {
 /// Sets the locale variables for one test and puts them back.
 class LocaleVariables {
  public:
-  explicit LocaleVariables(std::map<std::string, std::string> values) {
+  using Values = std::map<std::string, std::string>;
+  explicit LocaleVariables(const Values& values) {
     for (const char* name : {"LC_ALL", "LC_ADDRESS", "LANG"}) {
       const char* old = std::getenv(name);
       old_[name] = old != nullptr ? std::optional<std::string>(old) : std::nullopt;
@@ -39,8 +41,8 @@ class LocaleVariables {
   std::map<std::string, std::optional<std::string>> old_;
 };
 
-std::string localCode(std::map<std::string, std::string> values) {
-  const LocaleVariables locale(std::move(values));
+std::string localCode(const LocaleVariables::Values& values) {
+  const LocaleVariables locale(values);
   return std::string(KRCountry::local()->code().view());
 }
 
@@ -63,7 +65,7 @@ TEST(KRCountry, IsTheUnitedStatesWhenTheLocaleNamesNoRegion) {
 }
 
 std::string order(const char* locale) {
-  const LocaleVariables variables({{"LC_ALL", locale}});
+  const LocaleVariables variables(LocaleVariables::Values{{"LC_ALL", locale}});
   std::string names;
   for (const KRAddressFieldItem* item : KRAddressFormater::fieldArrayLocal()) {
     names.append(names.empty() ? "" : " ").append(item->name().view());
@@ -84,7 +86,7 @@ TEST(KRAddressFormater, OrdersTheFieldsAsTheCountryDoes) {
 
 TEST(KRAddressFormater, ListsEveryFieldOnceWhateverTheCountry) {
   for (const char* locale : {"en_US", "de_DE", "ja_JP", "zh_CN", "hu_HU", "C"}) {
-    const LocaleVariables variables({{"LC_ALL", locale}});
+    const LocaleVariables variables(LocaleVariables::Values{{"LC_ALL", locale}});
     std::set<std::string> names;
     for (const KRAddressFieldItem* item : KRAddressFormater::fieldArrayLocal()) {
       names.insert(std::string(item->name().view()));

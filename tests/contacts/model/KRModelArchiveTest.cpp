@@ -165,7 +165,7 @@ TEST(KRTempPersonArchive, KeepsTheOrderOfAList) {
   ASSERT_NE(back, nullptr);
   ASSERT_EQ(back->values().size(), persons.size());
   for (size_t i = 0; i < persons.size(); ++i) {
-    EXPECT_EQ(back->values()[i].as<KRTempPerson>()->ID(), KRText(std::to_string(i)));
+    EXPECT_EQ(back->values()[i].as<KRTempPerson>()->ID(), KRString(std::to_string(i)));
   }
 }
 

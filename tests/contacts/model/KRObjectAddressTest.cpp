@@ -89,7 +89,9 @@ TEST(KRObjectAddress, KeepsTheLawsOfEquality) {
     ASSERT_EQ(a->description() == b->description(), same) << a->description().view() << b->description().view();
     ASSERT_EQ(KRAddressFormater(a.get()).formatString() == KRAddressFormater(b.get()).formatString(), fields)
         << KRAddressFormater(a.get()).formatString().view();
-    if (same) ASSERT_EQ(a->hash(), b->hash());
+    if (same) {
+      ASSERT_EQ(a->hash(), b->hash());
+    }
   }
   EXPECT_GT(equal, 100U);
 }

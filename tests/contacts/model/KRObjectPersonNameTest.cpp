@@ -60,7 +60,9 @@ TEST(KRObjectPersonName, KeepsTheLawsOfEquality) {
     equal += static_cast<size_t>(same);
     ASSERT_EQ(a->isEqual(b.get()), same);
     ASSERT_EQ(a->description() == b->description(), same) << a->description().view();
-    if (same) ASSERT_EQ(a->hash(), b->hash());
+    if (same) {
+      ASSERT_EQ(a->hash(), b->hash());
+    }
   }
   EXPECT_GT(equal, 0U);
 }

@@ -29,8 +29,8 @@ TEST(KRProperty, TellsNamesApartThatDifferInOneCharacter) {
       for (const char c : {'a', 'e', 'o', 'Z', '\0'}) {
         std::string changed = name;
         changed[i] = c;
-        const KRProperty* found = KRProperty::propertyWithName(changed);
-        EXPECT_TRUE(changed == name ? found == property : found == nullptr || found->name() == KRText(changed));
+        const KRProperty* found = KRProperty::propertyWithName(std::string_view(changed));
+        EXPECT_TRUE(changed == name ? found == property : found == nullptr || found->name().view() == changed);
       }
     }
   }
