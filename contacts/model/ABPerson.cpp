@@ -1,12 +1,16 @@
 #include "contacts/model/ABPerson.h"
 
 #include <array>
-#include <cstring>
+#include <cstdio>
+#include <memory>
 #include <random>
 #include <string>
 
 #include "contacts/model/KRAddressBook.h"
 #include "contacts/model/KRLabelTable.h"
+#include "contacts/model/KRObjectAddress.h"
+#include "contacts/model/KRObjectInstantMessage.h"
+#include "contacts/model/KRObjectPersonName.h"
 #include "contacts/vcard/KRVCardIdentity.h"
 #include "contacts/vcard/KRVCardReader.h"
 #include "contacts/vcard/KRVCardText.h"

@@ -70,7 +70,7 @@ class Reading {
   }
 
   void finish() {
-    for (const std::string& type : types_) result_.types.append(type).push_back(' ');
+    for (const std::string& type : types_) result_.types.append(krLowerASCII(type)).push_back(' ');
     const KRString name(labelName());
     if (name.isEmpty()) return;
     result_.label = KRLabelTable::number(name);

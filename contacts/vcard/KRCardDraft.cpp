@@ -1,0 +1,98 @@
+#include "contacts/vcard/KRCardDraft.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+
+namespace {
+
+constexpr uint32_t kAlignment = alignof(KRCardRow);
+/// Records from this size on do not share a block.
+constexpr uint32_t kOwnBlock = KRSlab::kSharedCapacity / 4;
+/// No text in a card is as long as this; the highest bit of a size marks decoded text.
+constexpr size_t kLongestText = 0x7FFFFFFF;
+
+}  // namespace
+
+KRCardSlabs::Room KRCardSlabs::take(uint32_t size) {
+  if (size >= kOwnBlock) return {KRSlab::create(std::max(size, KRSlab::kSharedCapacity + 1)), 0};
+  if (current_ == nullptr || used_ + size > current_->capacity()) {
+    if (current_ != nullptr) current_->release();
+    current_ = KRSlab::create(KRSlab::kSharedCapacity);
+    used_ = 0;
+  }
+  const uint32_t offset = used_;
+  used_ = (used_ + size + kAlignment - 1) / kAlignment * kAlignment;
+  current_->retain();
+  return {current_, offset};
+}
+
+void KRCardDraft::start(const char* card, const char* end) noexcept {
+  card_ = card;
+  end_ = end;
+  present_ = 0;
+  decoded_.clear();
+  entries_.clear();
+  details_.clear();
+}
+
+KRCardDraft::Place KRCardDraft::place(std::string_view text) {
+  if (text.size() > kLongestText) text = text.substr(0, 0);
+  Place place;
+  place.size = static_cast<uint32_t>(text.size());
+  const std::less_equal<const char*> notAfter;
+  if (notAfter(card_, text.data()) && notAfter(text.data(), end_)) {
+    place.offset = static_cast<uint32_t>(text.data() - card_);
+    return place;
+  }
+  place.offset = static_cast<uint32_t>(decoded_.size());
+  place.isDecoded = true;
+  decoded_.append(text);
+  return place;
+}
+
+std::string_view KRCardDraft::text(const Place& place) const noexcept {
+  return {(place.isDecoded ? decoded_.data() : card_) + place.offset, place.size};
+}
+
+KRCardDraft::Entry KRCardDraft::add(uint8_t what, const Place& place) {
+  present_ |= 1U << what;
+  entries_.push_back({what, 0, 0, place.offset, place.size | (place.isDecoded ? kDecoded : 0U)});
+  return static_cast<Entry>(entries_.size() - 1);
+}
+
+void KRCardDraft::addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place) {
+  const uint32_t mark = place.isDecoded ? kDecoded : 0U;
+  details_.push_back({entry, {static_cast<uint8_t>(what), detail, label, place.offset, place.size | mark}});
+}
+
+KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
+  // Entries are sorted by counting, those of one property keep their order; each leaves room for its details.
+  std::array<uint32_t, 33> starts{};
+  places_.assign(entries_.size(), 1);
+  for (const Detail& detail : details_) ++places_[detail.entry];
+  for (size_t i = 0; i < entries_.size(); ++i) starts[entries_[i].what + 1U] += places_[i];
+  for (size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
+  for (size_t i = 0; i < entries_.size(); ++i) {
+    const uint32_t count = places_[i];
+    places_[i] = starts[entries_[i].what];
+    starts[entries_[i].what] += count;
+  }
+
+  const auto rowCount = static_cast<uint32_t>(entries_.size() + details_.size());
+  const auto rowsSize = static_cast<uint32_t>(rowCount * sizeof(KRCardRow));
+  const auto decodedSize = static_cast<uint32_t>(decoded_.size());
+  const auto cardSize = static_cast<uint32_t>(card.size());
+  const KRCardSlabs::Room room = slabs.take(rowsSize + decodedSize + cardSize);
+  char* bytes = room.slab->bytes() + room.offset;
+  const auto write = [&](KRCardRow row, uint32_t at) {
+    row.offset += rowsSize + ((row.size & kDecoded) != 0 ? 0 : decodedSize);
+    row.size &= ~kDecoded;
+    std::memcpy(bytes + at * sizeof(KRCardRow), &row, sizeof row);
+  };
+  for (size_t i = 0; i < entries_.size(); ++i) write(entries_[i], places_[i]++);
+  for (const Detail& detail : details_) write(detail.row, places_[detail.entry]++);
+  std::memcpy(bytes + rowsSize, decoded_.data(), decodedSize);
+  std::memcpy(bytes + rowsSize + decodedSize, card.data(), cardSize);
+  return {room.slab, room.offset, rowCount, decodedSize, cardSize};
+}

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "contacts/model/KRCardRecord.h"
+
+/// Fills blocks with the bytes of records, one after the other. A record that would waste much of a shared block gets
+/// one of its own. Not locked.
+class KRCardSlabs {
+ public:
+  KRCardSlabs() = default;
+  KRCardSlabs(const KRCardSlabs&) = delete;
+  KRCardSlabs& operator=(const KRCardSlabs&) = delete;
+  ~KRCardSlabs() {
+    if (current_ != nullptr) current_->release();
+  }
+
+  struct Room {
+    /// With a reference for the caller.
+    KRSlab* slab;
+    uint32_t offset;
+  };
+  Room take(uint32_t size);
+
+ private:
+  KRSlab* current_ = nullptr;
+  uint32_t used_ = 0;
+};
+
+/// Collects the rows of one record while its card is read. Used again for the next card, so that nothing is allocated
+/// once it has grown.
+class KRCardDraft {
+ public:
+  /// Where a text stands: in the card that is being read, or in the text decoded so far.
+  struct Place {
+    uint32_t offset = 0;
+    uint32_t size = 0;
+    bool isDecoded = false;
+
+    bool isEmpty() const noexcept { return size == 0; }
+  };
+
+  /// The number of an entry, as `add` gives it.
+  using Entry = uint32_t;
+
+  /// Starts a card in the text [card, end); texts that lie there stay there.
+  void start(const char* card, const char* end) noexcept;
+
+  /// Makes a place of a text: as it is when it lies in the card, else a copy. The text is well-formed.
+  Place place(std::string_view text);
+  /// The text of a place; valid until the next `place`.
+  std::string_view text(const Place& place) const noexcept;
+
+  Entry add(uint8_t what, const Place& place);
+  Entry add(KROrdinal what, const Place& place) { return add(static_cast<uint8_t>(what), place); }
+  Entry add(KRCardPart what, const Place& place) { return add(static_cast<uint8_t>(what), place); }
+  /// Adds a detail to an entry, at any time.
+  void addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place);
+  KRCardRow& row(Entry entry) { return entries_[entry]; }
+
+  bool has(uint8_t what) const noexcept { return (present_ >> what & 1U) != 0; }
+  bool has(KROrdinal what) const noexcept { return has(static_cast<uint8_t>(what)); }
+  bool has(KRCardPart what) const noexcept { return has(static_cast<uint8_t>(what)); }
+
+  /// The record: its rows in order, the decoded text, the card's bytes.
+  KRCardRecord finish(std::string_view card, KRCardSlabs& slabs);
+
+ private:
+  struct Detail {
+    Entry entry;
+    KRCardRow row;
+  };
+  static constexpr uint32_t kDecoded = 0x80000000U;
+
+  const char* card_ = nullptr;
+  const char* end_ = nullptr;
+  uint32_t present_ = 0;
+  std::string decoded_;
+  std::vector<KRCardRow> entries_;
+  std::vector<Detail> details_;
+  std::vector<uint32_t> places_;
+};

@@ -1,0 +1,615 @@
+#include "contacts/vcard/KRVCardParser.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+#include "contacts/model/KRAddressField.h"
+#include "contacts/model/KRInstantMessageServer.h"
+#include "contacts/model/KRLabelTable.h"
+
+namespace {
+
+using Place = KRCardDraft::Place;
+
+bool startsWithIgnoringCase(std::string_view text, std::string_view start) noexcept {
+  return text.size() >= start.size() && krEqualsIgnoringCase(text.substr(0, start.size()), start);
+}
+
+Place part(const Place& whole, size_t from, size_t size) {
+  return {whole.offset + static_cast<uint32_t>(from), static_cast<uint32_t>(size), whole.isDecoded};
+}
+
+/// How many bytes of white space stand at the start of the text, none or those of one character.
+size_t spaceAt(std::string_view text) noexcept {
+  constexpr std::string_view kWide[] = {"\xC2\xA0",     "\xC2\x85",     "\xE1\x9A\x80", "\xE2\x80\xA8",
+                                        "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F", "\xE3\x80\x80"};
+  if (text.empty()) return 0;
+  const char first = text[0];
+  if (first == ' ' || (first >= '\t' && first <= '\r')) return 1;
+  if (static_cast<unsigned char>(first) < 0xC2) return 0;
+  for (const std::string_view space : kWide) {
+    if (text.starts_with(space)) return space.size();
+  }
+  // U+2000 to U+200A.
+  const bool isTypographic = text.size() > 2 && text.starts_with("\xE2\x80") &&
+                             static_cast<unsigned char>(text[2]) >= 0x80 && static_cast<unsigned char>(text[2]) <= 0x8A;
+  return isTypographic ? 3 : 0;
+}
+
+struct Word {
+  size_t begin;
+  size_t end;
+};
+
+std::vector<Word> wordsOf(std::string_view text) {
+  std::vector<Word> words;
+  bool inWord = false;
+  for (size_t i = 0; i < text.size();) {
+    const size_t space = spaceAt(text.substr(i));
+    if (space == 0 && !inWord) words.push_back({i, i});
+    inWord = space == 0;
+    i += std::max<size_t>(space, 1);
+    if (inWord) words.back().end = i;
+  }
+  return words;
+}
+
+/// The scheme of a URI, without the colon; empty when the text has none.
+std::string_view schemeOf(std::string_view text) noexcept {
+  const size_t colon = text.find(':');
+  if (colon == std::string_view::npos || colon == 0) return {};
+  const bool isScheme = std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(colon), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' || c == '-' ||
+           c == '.';
+  });
+  return isScheme ? text.substr(0, colon) : std::string_view();
+}
+
+/// The key of a messaging service from the way in which a card names it.
+std::string serviceKey(std::string_view written) {
+  const KRString name(written);
+  if (const KRInstantMessageServer* known = KRInstantMessageServer::serverWithDisplayName(name)) {
+    return std::string(known->name().view());
+  }
+  return krLowerASCII(name.view());
+}
+
+/// Where a user name begins and ends in what stands behind the scheme of an account's address, as messengers write it.
+std::string_view userIn(std::string_view text) noexcept {
+  for (const std::string_view start : {"goim?screenname=", "sendim?", "chat?contact=", "message?uin=", "//"}) {
+    if (startsWithIgnoringCase(text, start)) text.remove_prefix(start.size());
+  }
+  for (const std::string_view end : {"?chat", "?call", "?message"}) {
+    if (text.size() > end.size() && text.ends_with(end)) text.remove_suffix(end.size());
+  }
+  return text;
+}
+
+/// Whether bytes begin as the pictures in contacts do.
+bool isPicture(std::string_view bytes) noexcept {
+  constexpr std::string_view kStarts[] = {"\xFF\xD8\xFF", "\x89PNG", "GIF8", "RIFF", "BM"};
+  return std::any_of(std::begin(kStarts), std::end(kStarts),
+                     [&](std::string_view start) { return bytes.starts_with(start); });
+}
+
+/// The custom label of the desktop's own address book stands between these marks when it is one of the built-in ones.
+std::string_view unwrappedLabel(std::string_view label) noexcept {
+  constexpr std::string_view kStart = "_$!<";
+  constexpr std::string_view kEnd = ">!$_";
+  if (label.size() < kStart.size() + kEnd.size() || !label.starts_with(kStart) || !label.ends_with(kEnd)) return label;
+  return label.substr(kStart.size(), label.size() - kStart.size() - kEnd.size());
+}
+
+/// Up to this many pairs of a given label and an entry are simply tried.
+constexpr size_t kFewPairs = 4096;
+
+/// The kinds of relation that phones write as numbers.
+constexpr std::string_view kAndroidRelations[] = {"",        "assistant",   "brother",  "child",  "domestic partner",
+                                                  "father",  "friend",      "manager",  "mother", "parent",
+                                                  "partner", "referred by", "relative", "sister", "spouse"};
+
+int smallNumber(std::string_view text) noexcept {
+  if (text.empty() || text.size() > 2) return -1;
+  int number = 0;
+  for (const char c : text) {
+    if (c < '0' || c > '9') return -1;
+    number = number * 10 + (c - '0');
+  }
+  return number;
+}
+
+}  // namespace
+
+void KRVCardParser::start(const char* card, const char* end) {
+  card_ = card;
+  end_ = end;
+  draft_.start(card, end);
+  version_ = Version::Unknown;
+  isGroup_ = false;
+  isOrganisation_ = false;
+  hasName_ = false;
+  formattedName_ = {};
+  company_ = {};
+  department_ = {};
+  sound_ = {};
+  textLabels_.clear();
+  grouped_.clear();
+  given_.clear();
+  main_ = {};
+  passed_.clear();
+}
+
+void KRVCardParser::take(const KRVCardLine& line) {
+  line_ = &line;
+  if (line.name.empty()) {
+    pass(KRVCardReason::NoColon);
+    return;
+  }
+  const KRVCardProperty& property = krVCardProperty(line.name);
+  switch (property.meaning) {
+    case KRVCardMeaning::Version:
+      version_ = krTrimmedBlanks(line.value) == "2.1" ? Version::V21 : Version::Later;
+      break;
+    case KRVCardMeaning::FormattedName:
+      if (formattedName_.isEmpty()) formattedName_ = decode(line.value);
+      break;
+    case KRVCardMeaning::Name:
+      takeName();
+      break;
+    case KRVCardMeaning::Organisation:
+      takeOrganisation();
+      break;
+    case KRVCardMeaning::FirstText:
+      takeFirstText(property.ordinal);
+      break;
+    case KRVCardMeaning::Tags:
+      takeTags();
+      break;
+    case KRVCardMeaning::Birthday:
+      takeBirthday();
+      break;
+    case KRVCardMeaning::Phone:
+      takeUnwrapped(KROrdinal::Phone, "tel:");
+      break;
+    case KRVCardMeaning::Email:
+      takeUnwrapped(KROrdinal::Email, "mailto:");
+      break;
+    case KRVCardMeaning::Address:
+      takeAddress();
+      break;
+    case KRVCardMeaning::Account:
+      takeAccount();
+      break;
+    case KRVCardMeaning::ServiceAccount:
+      takeServiceAccount(property.text);
+      break;
+    case KRVCardMeaning::Photo:
+      takePhoto();
+      break;
+    case KRVCardMeaning::TextEntry:
+      takeTextEntry(property.ordinal, property.text);
+      break;
+    case KRVCardMeaning::DateEntry:
+      takeDateEntry(property.ordinal, property.text);
+      break;
+    case KRVCardMeaning::UID:
+      takeUID();
+      break;
+    case KRVCardMeaning::Kind:
+      takeKind();
+      break;
+    case KRVCardMeaning::ShowAs:
+      isOrganisation_ = isOrganisation_ || krEqualsIgnoringCase(krTrimmedBlanks(line.value), "COMPANY");
+      break;
+    case KRVCardMeaning::GroupLabel:
+      takeGiven(true);
+      break;
+    case KRVCardMeaning::GroupCountryCode:
+      takeGiven(false);
+      break;
+    case KRVCardMeaning::AndroidCustom:
+      takeAndroidCustom();
+      break;
+    case KRVCardMeaning::Sound:
+      takeSound();
+      break;
+    case KRVCardMeaning::Agent:
+    case KRVCardMeaning::Begin:
+    case KRVCardMeaning::End:
+    case KRVCardMeaning::Unknown:
+      break;
+  }
+}
+
+bool KRVCardParser::is21() {
+  if (version_ == Version::Unknown) {
+    // The line may stand anywhere in the card.
+    const std::string_view rest(card_, static_cast<size_t>(end_ - card_));
+    const size_t end = rest.find("END:");
+    const size_t place = rest.substr(0, end).find("VERSION:2.1");
+    version_ = place == std::string_view::npos ? Version::Later : Version::V21;
+  }
+  return version_ == Version::V21;
+}
+
+KREscapes KRVCardParser::escapes(Shape shape) {
+  if (!is21()) return KREscapes::Full;
+  return shape == Shape::Text ? KREscapes::Text21 : KREscapes::Structured21;
+}
+
+KRCardDraft::Place KRVCardParser::undoEscapes(std::string_view text, Shape shape) {
+  if (text.find('\\') == std::string_view::npos) return draft_.place(text);
+  return draft_.place(krUndoEscapes(text, escapes(shape)));
+}
+
+KRCardDraft::Place KRVCardParser::decode(std::string_view raw, Shape shape) {
+  const KRVCardParameters& parameters = *line_->parameters;
+  std::string bytes;
+  if (parameters.encoding == KRVCardParameters::QuotedPrintable) {
+    bytes = krDecodeQuotedPrintable(raw);
+    raw = bytes;
+  }
+  if (!KRVCardCharset::needsDecoding(raw, parameters.charset)) return undoEscapes(raw, shape);
+  const std::string_view document(card_, static_cast<size_t>(end_ - card_));
+  return undoEscapes(charset_.decode(raw, parameters.charset, document), shape);
+}
+
+const std::vector<KRCardDraft::Place>& KRVCardParser::split(char separator) {
+  parts_.clear();
+  std::string_view value = line_->value;
+  const KRVCardParameters& parameters = *line_->parameters;
+  // In some character sets a backslash or a semicolon may be half of a letter: such text is decoded before it is split.
+  // Quoted-printable is split first, as its encoded bytes are no separators.
+  const bool isQuotedPrintable = parameters.encoding == KRVCardParameters::QuotedPrintable;
+  const bool isWhole = !isQuotedPrintable || startsWithIgnoringCase(parameters.charset, "ISO-2022");
+  if (isWhole) {
+    std::string bytes;
+    if (isQuotedPrintable) value = bytes = krDecodeQuotedPrintable(value);
+    if (isQuotedPrintable || KRVCardCharset::needsDecoding(value, parameters.charset)) {
+      const std::string_view document(card_, static_cast<size_t>(end_ - card_));
+      whole_ = charset_.decode(value, parameters.charset, document);
+      value = whole_;
+    }
+  }
+  for (size_t at = 0; at <= value.size();) {
+    const size_t end = krFindUnescaped(value, separator, at);
+    const std::string_view raw = value.substr(at, end - at);
+    parts_.push_back(isWhole ? undoEscapes(raw, Shape::Structured) : decode(raw, Shape::Structured));
+    at = end + 1;
+  }
+  return parts_;
+}
+
+void KRVCardParser::takeName() {
+  if (hasName_) return;
+  constexpr uint8_t kParts[] = {static_cast<uint8_t>(KRCardPart::LastName), static_cast<uint8_t>(KRCardPart::FirstName),
+                                static_cast<uint8_t>(KRCardPart::MiddleName), static_cast<uint8_t>(KROrdinal::Title),
+                                static_cast<uint8_t>(KROrdinal::Suffix)};
+  const std::vector<Place>& parts = split(';');
+  for (size_t i = 0; i < std::min(parts.size(), std::size(kParts)); ++i) {
+    if (parts[i].isEmpty()) continue;
+    draft_.add(kParts[i], parts[i]);
+    hasName_ = true;
+  }
+}
+
+void KRVCardParser::takeOrganisation() {
+  if (draft_.has(KROrdinal::Company)) return;
+  const std::vector<Place>& parts = split(';');
+  const Place department = parts.size() > 1 ? parts[1] : Place();
+  if (!parts[0].isEmpty()) {
+    draft_.add(KROrdinal::Company, parts[0]);
+    company_ = parts[0];
+    department_ = department;
+  } else if (department_.isEmpty()) {
+    department_ = department;
+  }
+}
+
+void KRVCardParser::takeFirstText(KROrdinal ordinal) {
+  if (draft_.has(ordinal)) return;
+  const Place text = decode(line_->value);
+  if (!text.isEmpty()) draft_.add(ordinal, text);
+}
+
+void KRVCardParser::takeTags() {
+  for (const Place& tag : split(',')) {
+    if (!tag.isEmpty()) draft_.add(KROrdinal::Tags, tag);
+  }
+}
+
+KRCardDraft::Place KRVCardParser::withoutScheme(const Place& uri, std::string_view scheme) {
+  const std::string_view text = draft_.text(uri);
+  if (!startsWithIgnoringCase(text, scheme)) return uri;
+  const Place rest = part(uri, scheme.size(), text.size() - scheme.size());
+  if (draft_.text(rest).find('%') == std::string_view::npos) return rest;
+  return draft_.place(krWellFormed(krDecodePercent(draft_.text(rest))));
+}
+
+void KRVCardParser::takeUnwrapped(KROrdinal ordinal, std::string_view scheme) {
+  const Place value = withoutScheme(decode(line_->value), scheme);
+  if (!value.isEmpty()) addEntry(ordinal, value);
+}
+
+void KRVCardParser::takeAddress() {
+  const std::vector<Place>& parts = split(';');
+  const size_t count = std::min(parts.size(), kKRAddressFieldCount);
+  if (std::all_of(parts.begin(), parts.begin() + static_cast<std::ptrdiff_t>(count),
+                  [](const Place& each) { return each.isEmpty(); })) {
+    return;
+  }
+  const Entry entry = addEntry(KROrdinal::Address, Place());
+  for (size_t i = 0; i < count; ++i) {
+    if (!parts[i].isEmpty()) draft_.addDetail(entry, KRCardPart::AddressField, static_cast<uint8_t>(i), 0, parts[i]);
+  }
+}
+
+void KRVCardParser::takeAccount() {
+  const Place value = decode(line_->value);
+  const std::string text(draft_.text(value));
+  const std::string_view scheme = schemeOf(text);
+  const std::string_view user =
+      userIn(scheme.empty() ? std::string_view(text) : std::string_view(text).substr(scheme.size() + 1));
+  if (user.empty()) return;
+  const std::string& service = line_->parameters->service;
+  const auto from = static_cast<size_t>(user.data() - text.data());
+  const Place place = user.find('%') == std::string_view::npos ? part(value, from, user.size())
+                                                               : draft_.place(krWellFormed(krDecodePercent(user)));
+  addAccount(place, serviceKey(service.empty() ? scheme : std::string_view(service)));
+}
+
+void KRVCardParser::takeServiceAccount(std::string_view service) {
+  const Place user = decode(line_->value);
+  if (!user.isEmpty()) addAccount(user, service);
+}
+
+void KRVCardParser::addAccount(const Place& user, std::string_view service) {
+  const Entry entry = addEntry(KROrdinal::InstantMessage, user);
+  if (service.empty()) return;
+  const uint16_t number = KRLabelTable::number(service);
+  draft_.addDetail(entry, KRCardPart::AccountService, 0, number, number == 0 ? draft_.place(service) : Place());
+}
+
+void KRVCardParser::addImage(const Place& text, uint8_t form) {
+  draft_.row(draft_.add(KROrdinal::Thumbnail, text)).detail = form;
+}
+
+bool KRVCardParser::takeDataURI() {
+  if (!startsWithIgnoringCase(krTrimmedBlanks(line_->value), "data:")) return false;
+  const Place uri = decode(line_->value);
+  const std::string_view text = draft_.text(uri);
+  const size_t comma = text.find(',');
+  if (comma == std::string_view::npos) {
+    pass(KRVCardReason::BadPhoto);
+    return true;
+  }
+  const Place data = part(uri, comma + 1, text.size() - comma - 1);
+  const std::string_view head = krTrimmedBlanks(text.substr(0, comma));
+  constexpr std::string_view kMark = ";base64";
+  if (head.size() < kMark.size() || !krEqualsIgnoringCase(head.substr(head.size() - kMark.size()), kMark)) {
+    if (!data.isEmpty()) addImage(draft_.place(krDecodePercent(draft_.text(data))), KRCardRow::Plain);
+  } else if (krIsBase64(draft_.text(data))) {
+    addImage(data, KRCardRow::Base64);
+  } else {
+    pass(KRVCardReason::BadPhoto);
+  }
+  return true;
+}
+
+void KRVCardParser::takePhoto() {
+  if (draft_.has(KROrdinal::Thumbnail) || takeDataURI()) return;
+  // An address of a picture is not followed.
+  if (line_->parameters->isURI || line_->value.empty()) return;
+  const bool isDeclared = line_->parameters->encoding == KRVCardParameters::Base64;
+  const std::string_view raw = isDeclared ? line_->raw : line_->value;
+  if (krIsBase64(raw) && (isDeclared || isPicture(krDecodeBase64(raw.substr(0, 16))))) {
+    addImage(draft_.place(raw), KRCardRow::Base64);
+  } else if (isDeclared && schemeOf(raw).empty() && !krTrimmedBlanks(raw).empty()) {
+    pass(KRVCardReason::BadPhoto);
+  }
+}
+
+KRCardDraft::Place KRVCardParser::dateOf(const Place& written) {
+  const std::string_view text = draft_.text(written);
+  std::optional<KRDate> date = krParseCardDate(text);
+  if (date && line_->parameters->omitsYear) date = KRDate::make(std::nullopt, date->month(), date->day());
+  if (!date) {
+    if (!text.empty()) pass(KRVCardReason::BadDate);
+    return {};
+  }
+  const KRString form = date->description();
+  return form.view() == text ? written : draft_.place(form.view());
+}
+
+void KRVCardParser::takeBirthday() {
+  if (draft_.has(KROrdinal::Birthday)) return;
+  const Place date = dateOf(decode(line_->value));
+  if (!date.isEmpty()) draft_.add(KROrdinal::Birthday, date);
+}
+
+void KRVCardParser::takeTextEntry(KROrdinal ordinal, std::string_view label) {
+  const Place text = decode(line_->value);
+  if (text.isEmpty()) return;
+  const Entry entry = addEntry(ordinal, text);
+  if (!label.empty() && draft_.row(entry).label == 0) setLabel(entry, KRLabelTable::number(label), label);
+}
+
+void KRVCardParser::takeDateEntry(KROrdinal ordinal, std::string_view label) {
+  const Place date = dateOf(decode(line_->value));
+  if (date.isEmpty()) return;
+  const Entry entry = addEntry(ordinal, date);
+  if (!label.empty() && draft_.row(entry).label == 0) setLabel(entry, KRLabelTable::number(label), label);
+}
+
+void KRVCardParser::takeUID() {
+  if (draft_.has(KRCardPart::UID)) return;
+  const Place UID = decode(line_->value);
+  if (!UID.isEmpty()) draft_.add(KRCardPart::UID, UID);
+}
+
+void KRVCardParser::takeKind() {
+  const std::string_view kind = krTrimmedBlanks(line_->value);
+  isGroup_ = isGroup_ || krEqualsIgnoringCase(kind, "group");
+  isOrganisation_ = isOrganisation_ || krEqualsIgnoringCase(kind, "org") || krEqualsIgnoringCase(kind, "organization");
+}
+
+void KRVCardParser::takeGiven(bool isLabel) {
+  if (line_->group.empty()) return;
+  Place value = decode(line_->value);
+  const std::string_view text = draft_.text(value);
+  if (isLabel) {
+    const std::string_view name = unwrappedLabel(text);
+    value = part(value, static_cast<size_t>(name.data() - text.data()), name.size());
+  }
+  if (value.isEmpty()) return;
+  const uint16_t label = isLabel ? KRLabelTable::number(draft_.text(value)) : uint16_t{0};
+  given_.push_back({draft_.place(line_->group), value, label, isLabel});
+}
+
+void KRVCardParser::takeAndroidCustom() {
+  constexpr std::string_view kFamily = "vnd.android.cursor.item/";
+  const std::vector<Place> parts = split(';');
+  const std::string kind(draft_.text(parts[0]));
+  if (parts.size() < 2 || parts[1].isEmpty() || !startsWithIgnoringCase(kind, kFamily)) return;
+  const std::string_view item = std::string_view(kind).substr(kFamily.size());
+  const int type = parts.size() > 2 ? smallNumber(draft_.text(parts[2])) : -1;
+  // Type 0 is spelled out in the field behind it.
+  std::string label = type == 0 && parts.size() > 3 ? std::string(draft_.text(parts[3])) : std::string();
+  if (item == "nickname") {
+    if (!draft_.has(KROrdinal::Nickname)) draft_.add(KROrdinal::Nickname, parts[1]);
+  } else if (item == "contact_event") {
+    const Place date = dateOf(parts[1]);
+    if (date.isEmpty()) return;
+    if (type == 3) {
+      if (!draft_.has(KROrdinal::Birthday)) draft_.add(KROrdinal::Birthday, date);
+      return;
+    }
+    if (type == 1) label = "anniversary";
+    setLabel(addEntry(KROrdinal::OtherDate, date), KRLabelTable::number(std::string_view(label)),
+             std::string_view(label));
+  } else if (item == "relation") {
+    if (type > 0 && static_cast<size_t>(type) < std::size(kAndroidRelations)) label = kAndroidRelations[type];
+    setLabel(addEntry(KROrdinal::RelatedName, parts[1]), KRLabelTable::number(std::string_view(label)),
+             std::string_view(label));
+  }
+}
+
+void KRVCardParser::takeSound() {
+  // How a Japanese phone keeps the reading of a name: in the shape of N.
+  if (!line_->parameters->hasType("irmc-n")) return;
+  const std::vector<Place>& parts = split(';');
+  for (size_t i = 0; i < std::min(parts.size(), sound_.size()); ++i) {
+    if (sound_[i].isEmpty()) sound_[i] = parts[i];
+  }
+}
+
+KRCardDraft::Entry KRVCardParser::addEntry(KROrdinal ordinal, const Place& value) {
+  const KRVCardParameters& parameters = *line_->parameters;
+  const Entry entry = draft_.add(ordinal, value);
+  draft_.row(entry).label = parameters.label;
+  if (!parameters.labelText.isEmpty()) setLabel(entry, 0, parameters.labelText);
+  if (!line_->group.empty()) grouped_.push_back({draft_.place(line_->group), entry});
+  Main& main = main_[static_cast<size_t>(ordinal)];
+  if (parameters.preference != 0 && (main.preference == 0 || parameters.preference < main.preference)) {
+    main = {parameters.preference, entry};
+  }
+  return entry;
+}
+
+void KRVCardParser::setLabel(Entry entry, uint16_t label, KRText name) {
+  if (name.isEmpty()) return;
+  draft_.row(entry).label = label;
+  if (label != 0) return;
+  textLabels_.push_back({entry, draft_.place(name.view())});
+}
+
+void KRVCardParser::finishOrganisation() {
+  if (isOrganisation_) {
+    draft_.add(KROrdinal::IsOrganization, draft_.place("YES"));
+    if (!draft_.has(KROrdinal::Company) && !formattedName_.isEmpty()) draft_.add(KROrdinal::Company, formattedName_);
+  }
+  if (!department_.isEmpty()) draft_.add(KROrdinal::Department, department_);
+}
+
+void KRVCardParser::finishName() {
+  constexpr KROrdinal kReadings[] = {KROrdinal::PhoneticLastName, KROrdinal::PhoneticFirstName,
+                                     KROrdinal::PhoneticMiddleName};
+  for (size_t i = 0; i < sound_.size(); ++i) {
+    if (!sound_[i].isEmpty() && !draft_.has(kReadings[i])) draft_.add(kReadings[i], sound_[i]);
+  }
+  if (hasName_ || isOrganisation_ || formattedName_.isEmpty()) return;
+  const std::string name(draft_.text(formattedName_));
+  if (draft_.has(KROrdinal::Company) && draft_.text(company_) == name) return;
+  const std::vector<Word> words = wordsOf(name);
+  if (words.empty()) return;
+  const auto word = [&](size_t i) { return part(formattedName_, words[i].begin, words[i].end - words[i].begin); };
+  draft_.add(KRCardPart::FirstName, word(0));
+  if (words.size() == 2) draft_.add(KRCardPart::LastName, word(1));
+  if (words.size() < 3) return;
+  draft_.add(KRCardPart::MiddleName, word(1));
+  std::string rest;
+  for (size_t i = 2; i < words.size(); ++i) {
+    if (i > 2) rest.push_back(' ');
+    rest.append(name, words[i].begin, words[i].end - words[i].begin);
+  }
+  draft_.add(KRCardPart::LastName, draft_.place(rest));
+}
+
+void KRVCardParser::apply(const Given& given, Entry entry) {
+  if (given.isLabel) {
+    const std::string name(draft_.text(given.value));
+    setLabel(entry, given.label, std::string_view(name));
+  } else if (draft_.row(entry).what == static_cast<uint8_t>(KROrdinal::Address)) {
+    draft_.addDetail(entry, KRCardPart::AddressCountryCode, 0, 0, given.value);
+  }
+}
+
+void KRVCardParser::finishGroups() {
+  // Cards have few groups; one made of many must not take the square of their number.
+  if (given_.size() * grouped_.size() <= kFewPairs) {
+    for (const Given& given : given_) {
+      for (const Grouped& each : grouped_) {
+        if (krEqualsIgnoringCase(draft_.text(each.group), draft_.text(given.group))) apply(given, each.entry);
+      }
+    }
+    return;
+  }
+  std::unordered_multimap<std::string, Entry> entries;
+  for (const Grouped& each : grouped_) entries.emplace(krLowerASCII(draft_.text(each.group)), each.entry);
+  for (const Given& given : given_) {
+    const auto [first, last] = entries.equal_range(krLowerASCII(draft_.text(given.group)));
+    // The first label given is for all entries of the group, a second one would be for none.
+    for (auto each = first; each != last; ++each) apply(given, each->second);
+    entries.erase(first, last);
+  }
+}
+
+void KRVCardParser::finishLabels() {
+  // The last label of an entry counts; a mark that no number has keeps the others from it.
+  constexpr uint16_t kTaken = 0xFFFF;
+  for (auto label = textLabels_.rbegin(); label != textLabels_.rend(); ++label) {
+    KRCardRow& row = draft_.row(label->entry);
+    if (row.label != 0) continue;
+    row.label = kTaken;
+    draft_.addDetail(label->entry, KRCardPart::LabelText, 0, 0, label->name);
+  }
+  for (const TextLabel& label : textLabels_) {
+    KRCardRow& row = draft_.row(label.entry);
+    if (row.label == kTaken) row.label = 0;
+  }
+}
+
+void KRVCardParser::finishMain() {
+  for (const Main& main : main_) {
+    if (main.preference != 0) draft_.row(main.entry).detail |= KRCardRow::kMain;
+  }
+}
+
+KRCardRecord KRVCardParser::finish(std::string_view card) {
+  finishName();
+  finishOrganisation();
+  finishGroups();
+  finishLabels();
+  finishMain();
+  return draft_.finish(card, slabs_);
+}

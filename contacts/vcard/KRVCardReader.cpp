@@ -1,0 +1,217 @@
+#include "contacts/vcard/KRVCardReader.h"
+
+#include <algorithm>
+
+#include "contacts/model/KRAddressBook.h"
+#include "contacts/vcard/KRVCardText.h"
+
+namespace {
+
+/// Text is read in pieces of this size at least; what tells the encoding stands in the first bytes.
+constexpr size_t kBlock = size_t{1} << 20U;
+constexpr size_t kStart = size_t{64} << 10U;
+/// Larger cards are passed over.
+constexpr size_t kLargestCard = size_t{1} << 30U;
+
+constexpr std::string_view kBegin = "BEGIN:VCARD";
+
+/// Where a card begins in a line of other text, as behind the mark of a file that was appended to another; or npos.
+size_t findBegin(std::string_view line) noexcept {
+  const std::string_view text = krTrimmedBlanks(line);
+  if (text.size() < kBegin.size()) return std::string_view::npos;
+  const std::string_view tail = text.substr(text.size() - kBegin.size());
+  return krEqualsIgnoringCase(tail, kBegin) ? static_cast<size_t>(tail.data() - line.data()) : std::string_view::npos;
+}
+
+std::string_view withoutLineEnd(std::string_view line) noexcept {
+  while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+  return line;
+}
+
+bool isWide(KRTextEncoding encoding) noexcept {
+  return encoding != KRTextEncoding::Utf8 && encoding != KRTextEncoding::Other;
+}
+
+}  // namespace
+
+KRVCardReader::KRVCardReader(PersonSink persons, KRVCardNoteSink notes)
+    : persons_(std::move(persons)), notes_(std::move(notes)), enough_(kBlock) {}
+
+void KRVCardReader::startFile(std::string_view start) {
+  isStarted_ = true;
+  encoding_ = krGuessEncoding(start.substr(0, kStart));
+  lineNumber_ = 1;
+  cardNumber_ = 0;
+  isInJunk_ = false;
+  card_ = nullptr;
+  parser_.startDocument();
+}
+
+void KRVCardReader::feed(std::string_view bytes) {
+  buffer_.append(bytes);
+  if (buffer_.size() < enough_) return;
+  size_t mark = 0;
+  if (!isStarted_) {
+    startFile(buffer_);
+    if (!isWide(encoding_)) mark = krMarkSize(buffer_, encoding_);
+  }
+  if (isWide(encoding_)) {
+    enough_ = buffer_.size() * 2;
+    return;
+  }
+  const size_t done = mark + run(std::string_view(buffer_).substr(mark), false);
+  buffer_.erase(0, done);
+  // A card that is not whole yet is looked at again when there is twice as much of it.
+  enough_ = std::max(kBlock, buffer_.size() * 2);
+}
+
+void KRVCardReader::finish() {
+  std::string rest;
+  rest.swap(buffer_);
+  enough_ = kBlock;
+  if (!isStarted_) {
+    read(rest);
+    return;
+  }
+  isStarted_ = false;
+  if (isWide(encoding_)) {
+    const std::optional<KRDecodedText> text = krDecodeText(rest, KRDecodeOptions::westernFallback());
+    if (text) run(text->utf8, true);
+    return;
+  }
+  run(rest, true);
+}
+
+void KRVCardReader::read(std::string_view bytes) {
+  startFile(bytes);
+  isStarted_ = false;
+  if (isWide(encoding_)) {
+    const std::optional<KRDecodedText> text = krDecodeText(bytes, KRDecodeOptions::westernFallback());
+    if (text) run(text->utf8, true);
+    return;
+  }
+  run(bytes.substr(krMarkSize(bytes, encoding_)), true);
+}
+
+void KRVCardReader::read(std::string_view bytes, KRAddressBook& book, KRVCardNoteSink notes) {
+  KRVCardReader reader([&](KRRef<ABPerson> person) { book.addPerson(person.get()); }, std::move(notes));
+  reader.read(bytes);
+}
+
+KRRef<ABPerson> KRVCardReader::readOne(std::string_view text) {
+  // One reader a thread: its blocks are filled with the cards of many calls.
+  static thread_local KRRef<ABPerson> person;
+  static thread_local KRVCardReader reader([](KRRef<ABPerson> made) {
+    if (reader.cardNumber_ == 1) person = std::move(made);
+  });
+  text.remove_prefix(krMarkSize(text, KRTextEncoding::Utf8));
+  const size_t start = std::min(text.find_first_not_of("\r\n"), text.size());
+  KRVCardLines lines;
+  KRVCardLine line;
+  lines.start(text.substr(start), true, 1);
+  if (lines.next(line) != KRVCardLines::Result::Line || !line.isBegin()) return {};
+  reader.startFile({});
+  reader.isStarted_ = false;
+  reader.run(text.substr(start), true);
+  return std::move(person);
+}
+
+void KRVCardReader::note(KRVCardReason reason, size_t line, bool isCardLost) {
+  ++counts_.notes;
+  if (isCardLost) ++counts_.lostCards;
+  if (notes_) notes_({reason, line, cardNumber_, isCardLost});
+}
+
+void KRVCardReader::startCard(const char* at, size_t line) {
+  card_ = at;
+  cardLine_ = line;
+  depth_ = 0;
+  isAfterAgent_ = false;
+  isInJunk_ = false;
+  ++cardNumber_;
+  parser_.start(at, lines_.end());
+  lines_.setReturnsEndLines(lines_.endedWithReturn());
+}
+
+void KRVCardReader::endCard(const char* end) {
+  const std::string_view card(card_, static_cast<size_t>(end - card_));
+  card_ = nullptr;
+  lines_.setReturnsEndLines(true);
+  for (const KRVCardParser::Passed& passed : parser_.passed()) note(passed.reason, passed.line, false);
+  if (card.size() > kLargestCard) {
+    note(KRVCardReason::TooLarge, cardLine_, true);
+    return;
+  }
+  if (parser_.isGroup()) {
+    ++counts_.groups;
+    return;
+  }
+  ++counts_.persons;
+  persons_(krMake<ABPerson>(parser_.finish(card)));
+}
+
+const char* KRVCardReader::takeOutside(const KRVCardLine& line) {
+  if (line.isBegin()) return line.bytes.data();
+  const size_t place = findBegin(withoutLineEnd(line.bytes));
+  if (place != std::string_view::npos) return line.bytes.data() + place;
+  if (!isInJunk_) note(KRVCardReason::Junk, line.number, false);
+  isInJunk_ = true;
+  return nullptr;
+}
+
+bool KRVCardReader::takeInside(const KRVCardLine& line) {
+  const bool isBegin = line.isBegin();
+  const bool opens = isBegin && isAfterAgent_;
+  isAfterAgent_ = false;
+  if (isBegin && !opens) {
+    // The card has lost its end.
+    note(KRVCardReason::CutOff, cardLine_, true);
+    startCard(line.bytes.data(), line.number);
+    return true;
+  }
+  if (opens) {
+    ++depth_;
+  } else if (line.isEnd()) {
+    if (depth_ == 0) return false;
+    --depth_;
+  } else if (line.is("AGENT")) {
+    const std::string_view value = krTrimmedBlanks(line.value);
+    if (krEqualsIgnoringCase(value, kBegin)) {
+      ++depth_;
+    } else {
+      isAfterAgent_ = value.empty();
+    }
+  } else if (depth_ == 0) {
+    parser_.take(line);
+  }
+  return true;
+}
+
+size_t KRVCardReader::run(std::string_view text, bool isWhole) {
+  lines_.start(text, isWhole, lineNumber_);
+  KRVCardLine line;
+  while (true) {
+    const KRVCardLines::Result result = lines_.next(line);
+    if (result != KRVCardLines::Result::Line) break;
+    if (card_ == nullptr) {
+      if (const char* begin = takeOutside(line)) startCard(begin, line.number);
+    } else if (!takeInside(line)) {
+      endCard(line.bytes.data() + line.bytes.size());
+    }
+  }
+  const char* done = lines_.position();
+  lineNumber_ = lines_.number();
+  if (card_ != nullptr) {
+    const bool isTooLarge = static_cast<size_t>(lines_.end() - card_) > kLargestCard;
+    if (isWhole || isTooLarge) {
+      note(isTooLarge ? KRVCardReason::TooLarge : KRVCardReason::CutOff, cardLine_, true);
+    } else {
+      // Read again from its start when more of it is there.
+      done = card_;
+      lineNumber_ = cardLine_;
+      --cardNumber_;
+    }
+    card_ = nullptr;
+  }
+  return static_cast<size_t>(done - text.data());
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "contacts/model/ABPerson.h"
+#include "contacts/vcard/KRVCardLines.h"
+#include "contacts/vcard/KRVCardNote.h"
+#include "contacts/vcard/KRVCardParser.h"
+#include "platform/KRTextDecoding.h"
+
+class KRAddressBook;
+
+/// Reads vCards of all versions from a stream of bytes and hands out a record for each contact, in the file's order.
+///
+/// It takes what people have: any line ends, upper and lower case, text before, between and behind the cards, any
+/// encoding (UTF-16 and UTF-32 are read as a whole, anything else where it stands), values that are not quite right.
+/// Cards inside cards, cards of groups and cards without an end are no contacts. Nothing is ever fetched.
+///
+/// Bytes may be given in pieces of any size; a few megabytes are kept at a time, or the largest card. Not locked: one
+/// thread at a time.
+class KRVCardReader {
+ public:
+  using PersonSink = std::function<void(KRRef<ABPerson>)>;
+
+  /// The sinks are called from `feed` and `finish`. What was passed over is not told when there is no note sink.
+  explicit KRVCardReader(PersonSink persons, KRVCardNoteSink notes = {});
+
+  /// Takes the next bytes of the file.
+  void feed(std::string_view bytes);
+  /// Ends the file; the next `feed` starts another one.
+  void finish();
+
+  /// Reads a whole file that is in memory already, without a copy of it.
+  void read(std::string_view bytes);
+  /// The same into a book.
+  static void read(std::string_view bytes, KRAddressBook& book, KRVCardNoteSink notes = {});
+  /// The person of the card with which the text starts, or nothing when it starts with none or with that of a group.
+  static KRRef<ABPerson> readOne(std::string_view text);
+
+  /// What the files so far held: contacts, cards that were lost, cards of groups, and notes (lost cards among them).
+  struct Counts {
+    size_t persons = 0;
+    size_t lostCards = 0;
+    size_t groups = 0;
+    size_t notes = 0;
+  };
+  const Counts& counts() const noexcept { return counts_; }
+  /// How the last file was encoded, and the name of the character set in which the values were that are not UTF-8, or
+  /// empty when there were none.
+  KRTextEncoding encoding() const noexcept { return encoding_; }
+  const std::string& legacyCharset() const noexcept { return parser_.documentCharset(); }
+
+ private:
+  void startFile(std::string_view start);
+  /// Reads whole cards; returns how many bytes are done with.
+  size_t run(std::string_view text, bool isWhole);
+  const char* takeOutside(const KRVCardLine& line);
+  bool takeInside(const KRVCardLine& line);
+  void startCard(const char* at, size_t line);
+  void endCard(const char* end);
+  void note(KRVCardReason reason, size_t line, bool isCardLost);
+
+  PersonSink persons_;
+  KRVCardNoteSink notes_;
+  Counts counts_;
+  KRVCardLines lines_;
+  KRVCardParser parser_;
+
+  /// Bytes that are not read yet, and how many there must be before it is worth trying.
+  std::string buffer_;
+  size_t enough_;
+  bool isStarted_ = false;
+  KRTextEncoding encoding_ = KRTextEncoding::Utf8;
+  size_t lineNumber_ = 1;
+  size_t cardNumber_ = 0;
+  bool isInJunk_ = false;
+
+  // The card that is being read.
+  const char* card_ = nullptr;
+  size_t cardLine_ = 0;
+  /// How deep in cards inside it, and whether the line before this one opens one.
+  size_t depth_ = 0;
+  bool isAfterAgent_ = false;
+};
