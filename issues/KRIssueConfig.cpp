@@ -61,7 +61,8 @@ void KRIssueConfig::setDuplicateNameScanSetting(int64_t setting) {
 
 void KRIssueConfig::saveToDefault() {
   krStoreSettings(*this, kPreferencesKey);
-  KRPreferences::standard().flush();
+  // What cannot be written now is kept by the store and written with the next change.
+  (void)KRPreferences::standard()->flush();
 }
 
 KRText KRIssueConfig::archiveClassName() const {

@@ -12,12 +12,12 @@ KRRef<KRObject> krUnarchivedSettings(std::string_view data, const KRArchiveClass
 }
 
 KRRef<KRObject> krStoredSettings(const KRString& key, const KRArchiveClass& archiveClass) {
-  const KRValue stored = KRPreferences::standard().value(key);
+  const KRValue stored = KRPreferences::standard()->value(key);
   const auto* data = stored.as<KRData>();
   return data != nullptr ? krUnarchivedSettings(data->bytes(), archiveClass) : KRRef<KRObject>();
 }
 
 void krStoreSettings(KRObject& object, const KRString& key) {
   const std::string archive = KRKeyedArchiver::archivedData(KRValue(KRRef<KRObject>(&object)));
-  KRPreferences::standard().setValue(KRValue(krMake<KRData>(archive)), key);
+  KRPreferences::standard()->setValue(KRValue(krMake<KRData>(archive)), key);
 }
