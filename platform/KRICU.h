@@ -4,6 +4,7 @@
 
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
+#include <unicode/ucnv_cb.h>
 #include <unicode/ucsdet.h>
 #include <unicode/unorm2.h>
 #include <unicode/uscript.h>

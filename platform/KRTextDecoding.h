@@ -33,7 +33,8 @@ struct KRDecodedText {
 
 /// What to do about text that shows no encoding of its own.
 struct KRDecodeOptions {
-  /// Whether to guess the charset from the text, and to believe a guess that is at least half sure.
+  /// Whether to guess the charset from the text, and to believe a guess that is at least half sure. Mac OS Roman, which
+  /// cannot be guessed, is preferred to a western guess when it is a fallback and reads more like words.
   bool detectsCharset = true;
   /// Charsets to try in order when nothing else is sure; the first in which every byte has a meaning is taken. When
   /// none fits, there is no text.
