@@ -94,13 +94,15 @@ class IKRPerson : public KRObject {
 
   // The system record interface, answered by every person.
 
-  /// Text, multi-value list or nothing for one of the `kAB...Property` keys or another property name of text or of
-  /// multiple values (written form: `valueForProperty:`).
+  /// Text, multi-value list or nothing for one of the `kAB...Property` keys or another property name of text, of dates
+  /// or of multiple values; tags are a list of texts (written form: `valueForProperty:`). Nothing for the whole name
+  /// and the image, which have operations of their own.
   KRRecordValue valueForProperty(const KRString& key) const;
   /// The generic key look-up; answers what `valueForProperty` does (written form: `valueForKey:`).
   KRRecordValue valueForKey(const KRString& key) const { return valueForProperty(key); }
   /// Sets a property through the record interface: text for text keys, a `KRMutableMultipleValue` for lists, nothing to
-  /// clear, with the class's own rule for nothing (written form: `setValue:forProperty:`).
+  /// clear, with the class's own rule for nothing (written form: `setValue:forProperty:`). A part of the name replaces
+  /// the whole name by a new one; a value of a kind that the property does not hold is ignored.
   virtual void setRecordValue(KRValue value, const KRString& forProperty);
   /// The image's bytes as stored in the record, or nothing.
   virtual KRRef<KRData> imageData() const;

@@ -9,8 +9,8 @@ class KRKeyedUnarchiver;
 /// live as long as the process. Safe from any thread.
 class KRInstantMessageServer : public KRObject {
  public:
-  /// The known service shown under that name, compared without regard to case, or nothing (written form:
-  /// `serverWithDisplayName:`).
+  /// The known service shown under that name, compared without regard to the case of ASCII letters, or nothing (written
+  /// form: `serverWithDisplayName:`). Some services answer to a second name too: "Jabber" and "XMPP" are one.
   static KRInstantMessageServer* serverWithDisplayName(KRText displayName);
   /// The service of that name, known or not; made on the first request. Nothing for an empty name.
   static KRInstantMessageServer* serverWithName(KRText name);

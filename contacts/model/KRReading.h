@@ -37,8 +37,8 @@ class KRHold {
   std::vector<std::unique_ptr<KRString>> texts_;
 };
 
-/// A person's name as views. `isPresent` is false when the person has no name value at all; a part may be nothing or
-/// empty even when it is true.
+/// A person's name as views. `isPresent` is false when the person has no name object at all (also when it has a stored
+/// value under the name that holds none); a part may be nothing or empty even when it is true.
 struct KRNameView {
   bool isPresent = false;
   KRText first;
