@@ -84,7 +84,7 @@ class Reading {
 
   void named(std::string_view name, std::string_view value) {
     if (krEqualsIgnoringCase(name, "TYPE") || krEqualsIgnoringCase(name, "INTERNET")) {
-      types(unquoted(value));
+      types(value);
     } else if (krEqualsIgnoringCase(name, "ENCODING")) {
       encoding(unquoted(value));
     } else if (krEqualsIgnoringCase(name, "CHARSET")) {
@@ -121,21 +121,22 @@ class Reading {
     if (rank > 0) result_.preference = static_cast<uint8_t>(rank);
   }
 
-  /// One type or a list of them.
+  /// One type or a list of them; a list may also be quoted as a whole.
   void types(std::string_view list) {
     for (size_t at = 0; at <= list.size();) {
       const size_t comma = findUnquoted(list, ',', at);
-      type(krTrimmedBlanks(unquoted(krTrimmedBlanks(list.substr(at, comma - at)))));
+      std::string_view inner = unquoted(krTrimmedBlanks(list.substr(at, comma - at)));
+      while (true) {
+        const size_t end = std::min(inner.find(','), inner.size());
+        type(krTrimmedBlanks(inner.substr(0, end)));
+        if (end == inner.size()) break;
+        inner.remove_prefix(end + 1);
+      }
       at = comma + 1;
     }
   }
 
   void type(std::string_view name) {
-    // A list that was quoted as a whole.
-    if (name.find(',') != std::string_view::npos) {
-      types(name);
-      return;
-    }
     std::string lowered = krLowerASCII(name);
     if (lowered == "pref" && result_.preference == 0) result_.preference = 1;
     if (lowered.starts_with("x-") && lowered.size() > 2) {

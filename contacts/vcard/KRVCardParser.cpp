@@ -399,7 +399,7 @@ bool KRVCardParser::takeDataURI() {
 void KRVCardParser::takePhoto() {
   if (draft_.has(KROrdinal::Thumbnail) || takeDataURI()) return;
   // An address of a picture is not followed.
-  if (line_->parameters->isURI || line_->value.empty()) return;
+  if (line_->parameters->isURI) return;
   const bool isDeclared = line_->parameters->encoding == KRVCardParameters::Base64;
   const std::string_view raw = isDeclared ? line_->raw : line_->value;
   if (krIsBase64(raw) && (isDeclared || isPicture(krDecodeBase64(raw.substr(0, 16))))) {
