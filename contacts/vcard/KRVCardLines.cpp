@@ -1,17 +1,10 @@
 #include "contacts/vcard/KRVCardLines.h"
 
 #include <algorithm>
-#include <cstring>
 
-#include "contacts/vcard/KRVCardProperty.h"
 #include "contacts/vcard/KRVCardText.h"
 
 namespace {
-
-const char* find(const char* begin, const char* end, char byte) noexcept {
-  const void* found = std::memchr(begin, byte, static_cast<size_t>(end - begin));
-  return found == nullptr ? end : static_cast<const char*>(found);
-}
 
 std::string_view between(const char* begin, const char* end) noexcept {
   return {begin, static_cast<size_t>(end - begin)};
@@ -56,22 +49,17 @@ constexpr size_t kLongestPropertyStart = 64;
 
 }  // namespace
 
-bool KRVCardLine::is(std::string_view upperName) const noexcept {
-  return krEqualsIgnoringCase(name, upperName);
-}
-
 bool KRVCardLine::isBegin() const noexcept {
-  return is("BEGIN") && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
+  return means(KRVCardMeaning::Begin) && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
 }
 
 bool KRVCardLine::isEnd() const noexcept {
-  return is("END") && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
+  return means(KRVCardMeaning::End) && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
 }
 
 void KRVCardLines::start(std::string_view text, bool isWhole, size_t firstNumber) {
   position_ = text.data();
   end_ = text.data() + text.size();
-  lineFeed_ = nullptr;
   isWhole_ = isWhole;
   returnsEndLines_ = true;
   number_ = firstNumber;
@@ -79,7 +67,6 @@ void KRVCardLines::start(std::string_view text, bool isWhole, size_t firstNumber
 
 void KRVCardLines::rewind(const char* position, size_t number) noexcept {
   position_ = position;
-  lineFeed_ = nullptr;
   number_ = number;
 }
 
@@ -96,45 +83,70 @@ bool KRVCardLines::isReturnALineEnd(const char* after) const noexcept {
 }
 
 KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
-  if (lineFeed_ == nullptr || lineFeed_ < begin) lineFeed_ = find(begin, end_, '\n');
-  const char* const limit = lineFeed_;
-  for (const char* from = begin; from < limit;) {
-    const char* const first = find(from, limit, '\r');
-    if (first == limit) break;
-    // Any number of carriage returns before a line feed make one line end with it.
-    const char* after = first + 1;
-    while (after < limit && *after == '\r') ++after;
-    if (after == limit && limit < end_) return {begin, first, limit + 1, false, false};
-    const auto behind = static_cast<size_t>(end_ - first - 1);
-    if (!isWhole_ && (after == end_ || (!returnsEndLines_ && behind < kLongestPropertyStart))) {
-      return {begin, first, end_, true, false};
+  Piece piece{begin, end_, end_, nullptr, 0, false, false};
+  for (const char* from = begin;;) {
+    const KRVCardScan scan = krScanLine(from, end_);
+    if (piece.colon == nullptr) piece.colon = scan.colon;
+    piece.flags |= scan.flags;
+    piece.end = scan.end;
+    if (scan.end == end_) {
+      piece.isCut = !isWhole_;
+      return piece;
     }
-    if (isReturnALineEnd(first + 1)) return {begin, first, first + 1, false, true};
-    from = first + 1;
+    piece.next = scan.end + 1;
+    if (*scan.end == '\n') return piece;
+    // Any number of carriage returns before a line feed make one line end with it.
+    const char* after = piece.next;
+    while (after != end_ && *after == '\r') ++after;
+    if (after != end_ && *after == '\n') {
+      piece.next = after + 1;
+      return piece;
+    }
+    const auto behind = static_cast<size_t>(end_ - piece.next);
+    if (!isWhole_ && (after == end_ || (!returnsEndLines_ && behind < kLongestPropertyStart))) {
+      piece.isCut = true;
+      return piece;
+    }
+    if (isReturnALineEnd(piece.next)) {
+      piece.endedWithReturn = true;
+      return piece;
+    }
+    from = piece.next;
   }
-  const bool isLast = limit == end_;
-  return {begin, limit, isLast ? end_ : limit + 1, isLast && !isWhole_, false};
 }
 
-bool KRVCardLines::readHead(std::string_view text, KRVCardLine& line) {
-  const size_t nameEnd = text.find_first_of(":;");
-  const size_t colon = nameEnd == std::string_view::npos ? nameEnd : findColon(text, nameEnd);
+bool KRVCardLines::readHead(std::string_view text, const char* colon, KRVCardLine& line) {
   line.group = {};
-  if (colon == std::string_view::npos) {
+  line.flags = flags_;
+  if (colon == nullptr) {
     line.name = {};
     line.parameters = &cache_.parse({});
+    line.property = &krVCardProperty({});
     line.value = text;
     return false;
   }
-  line.name = krTrimmedBlanks(text.substr(0, nameEnd));
-  const size_t dot = line.name.rfind('.');
-  if (dot != std::string_view::npos) {
-    line.group = line.name.substr(0, dot);
-    line.name.remove_prefix(dot + 1);
+  // The name is all before the first colon or semicolon, and before its last dot the group.
+  const char* const begin = text.data();
+  const char* nameEnd = begin;
+  const char* name = begin;
+  for (; *nameEnd != ':' && *nameEnd != ';'; ++nameEnd) {
+    if (*nameEnd == '.') name = nameEnd + 1;
   }
-  line.parameters = &cache_.parse(text.substr(nameEnd, colon - nameEnd));
-  line.value = text.substr(colon + 1);
+  line.name = between(name, nameEnd);
+  if (name != begin) line.group = krTrimmedBlanks(between(begin, name - 1));
+  if (line.name.empty() || line.name.front() <= ' ' || line.name.back() <= ' ') line.name = krTrimmedBlanks(line.name);
+  if ((flags_ & KRVCardScan::Quote) != 0) {
+    colon = begin + findColon(text, static_cast<size_t>(nameEnd - begin));
+  }
+  line.property = &krVCardProperty(line.name);
+  line.parameters = &cache_.parse(between(nameEnd, colon));
+  line.value = between(colon + 1, begin + text.size());
   return true;
+}
+
+bool KRVCardLines::readJoinedHead(KRVCardLine& line) {
+  const size_t colon = joined_.find(':');
+  return readHead(joined_, colon == std::string::npos ? nullptr : joined_.data() + colon, line);
 }
 
 KRVCardLines::Result KRVCardLines::next(KRVCardLine& line) {
@@ -148,9 +160,9 @@ KRVCardLines::Result KRVCardLines::next(KRVCardLine& line) {
       continue;
     }
     pieces_ = 1;
+    flags_ = piece.flags;
     const std::string_view text = between(piece.begin, piece.end);
-    const bool hasHead = readHead(text, line);
-    if (hasHead && line.parameters->encoding != KRVCardParameters::None) {
+    if (readHead(text, piece.colon, line) && line.parameters->encoding != KRVCardParameters::None) {
       if (line.parameters->encoding == KRVCardParameters::Base64) return takeBase64(piece, line);
       if (endsWithSoftBreak(text) || isFold(piece.next)) return takeSoftBroken(piece, line);
     }
@@ -166,10 +178,11 @@ KRVCardLines::Result KRVCardLines::takeFolded(Piece first, KRVCardLine& line) {
     last = pieceAt(last.next);
     if (last.isCut || isOpen(last.next)) return Result::NeedsMore;
     joined_.append(last.begin + 1, last.end);
+    flags_ |= last.flags;
     ++pieces_;
   }
   // The fold may have hidden how the value is written.
-  if (readHead(joined_, line) && line.parameters->encoding != KRVCardParameters::None) {
+  if (readJoinedHead(line) && line.parameters->encoding != KRVCardParameters::None) {
     if (line.parameters->encoding == KRVCardParameters::Base64) return takeBase64(first, line);
     if (endsWithSoftBreak(joined_)) return takeSoftBroken(first, line);
   }
@@ -188,11 +201,12 @@ KRVCardLines::Result KRVCardLines::takeSoftBroken(Piece first, KRVCardLine& line
     // A soft break in the last value of a card leads nowhere.
     if (isSoft && krEqualsIgnoringCase(krTrimmedBlanks(between(piece.begin, piece.end)), "END:VCARD")) break;
     joined_.append(isSoft ? piece.begin : piece.begin + 1, piece.end);
+    flags_ |= piece.flags;
     last = piece;
     ++pieces_;
   }
   if (last.next == end_) takeSoftBreak(joined_);
-  readHead(joined_, line);
+  readJoinedHead(line);
   return finish(first, last, line);
 }
 
@@ -217,7 +231,7 @@ KRVCardLines::Result KRVCardLines::takeBase64(Piece first, KRVCardLine& line) {
     line.raw = between(valueBegin, last.end);
     return Result::Line;
   }
-  readHead(joined_, line);
+  readJoinedHead(line);
   return finish(first, last, line);
 }
 

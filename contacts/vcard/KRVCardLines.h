@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "contacts/vcard/KRVCardParameters.h"
+#include "contacts/vcard/KRVCardProperty.h"
+#include "contacts/vcard/KRVCardScan.h"
 
 /// One logical line of a vCard: folds and soft line breaks undone, values as they are written otherwise. Views into the
 /// text that was scanned or, for a line of several, into the scanner; valid until the next line is taken.
@@ -13,6 +15,10 @@ struct KRVCardLine {
   /// Empty for a line without a colon, which then stands in `value` whole.
   std::string_view name;
   const KRVCardParameters* parameters = nullptr;
+  /// What the name means.
+  const KRVCardProperty* property = nullptr;
+  /// What the line holds anywhere (`KRVCardScan::Flag`).
+  uint8_t flags = 0;
   std::string_view value;
   /// The whole line where it was scanned, its line end included.
   std::string_view bytes;
@@ -21,7 +27,7 @@ struct KRVCardLine {
   /// Number of its first line, from 1.
   size_t number = 0;
 
-  bool is(std::string_view upperName) const noexcept;
+  bool means(KRVCardMeaning meaning) const noexcept { return property->meaning == meaning; }
   /// Whether this is "BEGIN:VCARD", respectively "END:VCARD", in any case.
   bool isBegin() const noexcept;
   bool isEnd() const noexcept;
@@ -56,6 +62,10 @@ class KRVCardLines {
     const char* begin;
     const char* end;
     const char* next;
+    /// The first colon, or null.
+    const char* colon;
+    uint8_t flags;
+    /// The text ends before the line does.
     bool isCut;
     bool endedWithReturn;
   };
@@ -65,7 +75,8 @@ class KRVCardLines {
   bool isFold(const char* next) const noexcept { return next < end_ && (*next == ' ' || *next == '\t'); }
   /// Whether the text after a line end is not there yet.
   bool isOpen(const char* next) const noexcept { return next == end_ && !isWhole_; }
-  bool readHead(std::string_view text, KRVCardLine& line);
+  bool readHead(std::string_view text, const char* colon, KRVCardLine& line);
+  bool readJoinedHead(KRVCardLine& line);
   Result takeFolded(Piece first, KRVCardLine& line);
   Result takeSoftBroken(Piece first, KRVCardLine& line);
   Result takeBase64(Piece first, KRVCardLine& line);
@@ -73,13 +84,12 @@ class KRVCardLines {
 
   const char* position_ = nullptr;
   const char* end_ = nullptr;
-  /// The first line feed at or after the place last looked at, so that text without one is searched once.
-  const char* lineFeed_ = nullptr;
   bool isWhole_ = true;
   bool returnsEndLines_ = true;
   bool endedWithReturn_ = false;
   size_t number_ = 1;
   size_t pieces_ = 0;
+  uint8_t flags_ = 0;
   std::string joined_;
   KRVCardParameterCache cache_;
 };

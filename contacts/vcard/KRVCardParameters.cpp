@@ -193,11 +193,21 @@ KRVCardParameters krParseParameters(std::string_view text) {
 }
 
 const KRVCardParameters& KRVCardParameterCache::parse(std::string_view text) {
+  if (text.empty()) return none_;
   if (text.size() > kLongest) return uncached_ = krParseParameters(text);
-  // The last bytes tell most parameters apart; a slot that holds another text is taken over.
-  uint64_t tail = 0;
-  std::memcpy(&tail, text.data() + (text.size() > 8 ? text.size() - 8 : 0), std::min<size_t>(text.size(), 8));
-  Slot& slot = slots_[((tail ^ text.size() * 0x9e3779b9U) * 0x9e3779b97f4a7c15U) >> 56U];
+  uint64_t hash = text.size();
+  for (size_t at = 0; at < text.size(); at += 8) {
+    uint64_t word = 0;
+    if (text.size() - at >= 8) {
+      std::memcpy(&word, text.data() + at, 8);
+    } else {
+      for (size_t i = at; i < text.size(); ++i) word = word << 8U | static_cast<unsigned char>(text[i]);
+    }
+    hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
+    hash ^= hash >> 29U;
+  }
+  // Texts that fall on the same slot take it over from each other.
+  Slot& slot = slots_[hash % kSlots];
   if (slot.text != text) {
     slot.parameters = krParseParameters(text);
     slot.text = text;

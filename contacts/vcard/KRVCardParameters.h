@@ -47,9 +47,10 @@ class KRVCardParameterCache {
     KRVCardParameters parameters;
   };
 
-  static constexpr size_t kSlots = 256;
+  static constexpr size_t kSlots = 512;
   static constexpr size_t kLongest = 128;
 
   std::array<Slot, kSlots> slots_;
   KRVCardParameters uncached_;
+  KRVCardParameters none_;
 };

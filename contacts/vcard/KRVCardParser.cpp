@@ -232,13 +232,20 @@ bool KRVCardParser::is21() {
   return version_ == Version::V21;
 }
 
+bool KRVCardParser::isASCII() const noexcept {
+  return (line_->flags & (KRVCardScan::High | KRVCardScan::Escape)) == 0;
+}
+
 KREscapes KRVCardParser::escapes(Shape shape) {
   if (!is21()) return KREscapes::Full;
   return shape == Shape::Text ? KREscapes::Text21 : KREscapes::Structured21;
 }
 
 KRCardDraft::Place KRVCardParser::undoEscapes(std::string_view text, Shape shape) {
-  if (text.find('\\') == std::string_view::npos) return draft_.place(text);
+  // Quoted-printable may hide a backslash.
+  const bool isPlain =
+      (line_->flags & KRVCardScan::Backslash) == 0 && line_->parameters->encoding != KRVCardParameters::QuotedPrintable;
+  if (isPlain || text.find('\\') == std::string_view::npos) return draft_.place(text);
   return draft_.place(krUndoEscapes(text, escapes(shape)));
 }
 
@@ -248,6 +255,8 @@ KRCardDraft::Place KRVCardParser::decode(std::string_view raw, Shape shape) {
   if (parameters.encoding == KRVCardParameters::QuotedPrintable) {
     bytes = krDecodeQuotedPrintable(raw);
     raw = bytes;
+  } else if (isASCII()) {
+    return undoEscapes(raw, shape);
   }
   if (!KRVCardCharset::needsDecoding(raw, parameters.charset)) return undoEscapes(raw, shape);
   const std::string_view document(card_, static_cast<size_t>(end_ - card_));
@@ -265,7 +274,7 @@ const std::vector<KRCardDraft::Place>& KRVCardParser::split(char separator) {
   if (isWhole) {
     std::string bytes;
     if (isQuotedPrintable) value = bytes = krDecodeQuotedPrintable(value);
-    if (isQuotedPrintable || KRVCardCharset::needsDecoding(value, parameters.charset)) {
+    if (isQuotedPrintable || (!isASCII() && KRVCardCharset::needsDecoding(value, parameters.charset))) {
       const std::string_view document(card_, static_cast<size_t>(end_ - card_));
       whole_ = charset_.decode(value, parameters.charset, document);
       value = whole_;

@@ -58,6 +58,8 @@ class KRVCardParser {
   };
 
   bool is21();
+  /// Whether the line has nothing but ASCII, and no escape sequences.
+  bool isASCII() const noexcept;
   KREscapes escapes(Shape shape);
   /// The text of the line's value, or of a part of it that is written the same way.
   Place decode(std::string_view raw, Shape shape = Shape::Text);

@@ -1,8 +1,7 @@
 #include "contacts/vcard/KRVCardProperty.h"
 
 #include <array>
-
-#include "contacts/vcard/KRVCardText.h"
+#include <iterator>
 
 namespace {
 
@@ -106,13 +105,23 @@ constexpr std::array<uint8_t, kSlots> kIndex = [] {
   return index;
 }();
 
+/// Whether `name` is that upper-case name, in any case.
+bool isName(std::string_view upper, std::string_view name) noexcept {
+  if (upper.size() != name.size()) return false;
+  for (size_t i = 0; i < upper.size(); ++i) {
+    const char c = name[i];
+    if ((c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c) != upper[i]) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 const KRVCardProperty& krVCardProperty(std::string_view name) noexcept {
   if (name.empty() || name.size() > kLongestName) return kUnknown;
   for (size_t slot = slotOf(name); kIndex[slot] != 0; slot = (slot + 1) % kSlots) {
     const KRVCardProperty& property = kProperties[kIndex[slot] - 1];
-    if (krEqualsIgnoringCase(property.name, name)) return property;
+    if (isName(property.name, name)) return property;
   }
   return kUnknown;
 }

@@ -7,8 +7,7 @@
 
 namespace {
 
-/// Text is read in pieces of this size at least; what tells the encoding stands in the first bytes.
-constexpr size_t kBlock = size_t{1} << 20U;
+/// What tells the encoding of a file stands in its first bytes.
 constexpr size_t kStart = size_t{64} << 10U;
 /// Larger cards are passed over.
 constexpr size_t kLargestCard = size_t{1} << 30U;
@@ -34,8 +33,8 @@ bool isWide(KRTextEncoding encoding) noexcept {
 
 }  // namespace
 
-KRVCardReader::KRVCardReader(PersonSink persons, KRVCardNoteSink notes)
-    : persons_(std::move(persons)), notes_(std::move(notes)), enough_(kBlock) {}
+KRVCardReader::KRVCardReader(PersonSink persons, KRVCardNoteSink notes, size_t block)
+    : persons_(std::move(persons)), notes_(std::move(notes)), block_(block), enough_(block) {}
 
 void KRVCardReader::startFile(std::string_view start) {
   isStarted_ = true;
@@ -62,13 +61,13 @@ void KRVCardReader::feed(std::string_view bytes) {
   const size_t done = mark + run(std::string_view(buffer_).substr(mark), false);
   buffer_.erase(0, done);
   // A card that is not whole yet is looked at again when there is twice as much of it.
-  enough_ = std::max(kBlock, buffer_.size() * 2);
+  enough_ = std::max(block_, buffer_.size() * 2);
 }
 
 void KRVCardReader::finish() {
   std::string rest;
   rest.swap(buffer_);
-  enough_ = kBlock;
+  enough_ = block_;
   if (!isStarted_) {
     read(rest);
     return;
@@ -174,7 +173,7 @@ bool KRVCardReader::takeInside(const KRVCardLine& line) {
   } else if (line.isEnd()) {
     if (depth_ == 0) return false;
     --depth_;
-  } else if (line.is("AGENT")) {
+  } else if (line.means(KRVCardMeaning::Agent)) {
     const std::string_view value = krTrimmedBlanks(line.value);
     if (krEqualsIgnoringCase(value, kBegin)) {
       ++depth_;

@@ -24,9 +24,11 @@ class KRAddressBook;
 class KRVCardReader {
  public:
   using PersonSink = std::function<void(KRRef<ABPerson>)>;
+  static constexpr size_t kBlock = size_t{1} << 20U;
 
   /// The sinks are called from `feed` and `finish`. What was passed over is not told when there is no note sink.
-  explicit KRVCardReader(PersonSink persons, KRVCardNoteSink notes = {});
+  /// `block` is how many bytes are gathered before they are looked at; a test sets it to one.
+  explicit KRVCardReader(PersonSink persons, KRVCardNoteSink notes = {}, size_t block = kBlock);
 
   /// Takes the next bytes of the file.
   void feed(std::string_view bytes);
@@ -71,6 +73,7 @@ class KRVCardReader {
 
   /// Bytes that are not read yet, and how many there must be before it is worth trying.
   std::string buffer_;
+  size_t block_;
   size_t enough_;
   bool isStarted_ = false;
   KRTextEncoding encoding_ = KRTextEncoding::Utf8;
