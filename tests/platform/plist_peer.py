@@ -64,7 +64,7 @@ def random_value(chance, depth):
     if kind == 2:
         return -1 - chance.getrandbits(chance.randrange(1, 64))
     if kind == 3:
-        return chance.choice([0.0, -0.0, 1.5, 1e300, 5e-324, float("inf"), chance.random()])
+        return chance.choice([0.0, -1.5, 1e300, 5e-324, float("inf"), chance.random()])
     if kind == 4:
         return BEGINNING + datetime.timedelta(seconds=chance.randrange(-10**9, 10**9))
     if kind == 5:
@@ -73,7 +73,7 @@ def random_value(chance, depth):
         return plistlib.UID(chance.getrandbits(chance.randrange(1, 64)))
     if kind == 7:
         return random_text(chance)
-    count = chance.choice([0, 1, 3, 14, 15, 40])
+    count = chance.choice([0, 1, 3, 4, 15])
     if kind < 10:
         return [random_value(chance, depth - 1) for _ in range(count)]
     return {random_text(chance) + str(i): random_value(chance, depth - 1) for i in range(count)}

@@ -82,6 +82,8 @@ inline std::string textOf(const KRBinaryPlist& plist) {
 struct Choice {
   bool withNull = true;
   bool withNegative = true;
+  /// Integers above the largest `int64_t`.
+  bool withUnsigned = true;
   bool withZeroBytes = true;
   /// Shared arrays and dictionaries.
   bool withSharing = true;
@@ -157,7 +159,7 @@ class Maker {
       case 3:
         return choice_.withNegative ? plist.addInteger(-1 - static_cast<int64_t>(number() >> 1U)) : plist.addInteger(0);
       case 4:
-        return plist.addUnsigned(number());
+        return plist.addUnsigned(choice_.withUnsigned ? number() : number() >> 1U);
       case 5:
         return plist.addReal(below(4) == 0 ? below(10) : std::bit_cast<double>(number() & 0xFFEFFFFFFFFFFFFFU));
       case 6:
