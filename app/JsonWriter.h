@@ -32,6 +32,9 @@ class JsonWriter {
   void truth(bool value);
   void null();
 
+  /// Whether the output failed, so that a long document may be cut short.
+  bool failed() const noexcept { return out_.failed(); }
+
   /// Ends the line after a whole document.
   void endDocument() { out_.write('\n'); }
 

@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string>
+
+/// What `krcontacts --version` shows: the library's version number and version string, each on a line of its own.
+std::string versionText();
