@@ -96,10 +96,8 @@ void printList(Terminal& terminal, KRIssueManager& manager) {
                      std::to_string(manager.supportIssues().count()) + ".");
 }
 
-KRIssueList issuesNamed(const KRIssueManager& manager, const std::vector<std::string>& words) {
-  KRIssueList issues;
+void addNamed(const std::vector<std::string>& words, const KRIssueManager& manager, KRIssueList& issues) {
   for (const KRString& name : IssueNames::resolve(words)) issues.append(manager.supportIssueByName(name));
-  return issues;
 }
 
 void printChoice(Terminal& terminal, KRIssueManager& manager) {
@@ -130,12 +128,12 @@ bool IssuesCommand::isChosen() const {
 int IssuesCommand::run(Terminal& terminal) {
   KRIssueManager& manager = KRIssueManager::shareIssueManager();
   const bool isChange = use_->parsed() || drop_->parsed() || reset_->parsed();
+  KRIssueList named;
+  if (use_->parsed() || drop_->parsed()) addNamed(names_, manager, named);
   if (use_->parsed()) {
-    const KRIssueList issues = issuesNamed(manager, names_);
-    manager.addUseIssues(&issues);
+    manager.addUseIssues(&named);
   } else if (drop_->parsed()) {
-    const KRIssueList issues = issuesNamed(manager, names_);
-    manager.removeUseIssues(&issues);
+    manager.removeUseIssues(&named);
   } else if (reset_->parsed()) {
     manager.setUseIssues(&manager.supportIssues());
   }

@@ -12,9 +12,9 @@ namespace {
 /// Hands the result over to the thread that waits for it.
 class Waiter : public KRIssueFindControlDelegate {
  public:
-  void KRIssueFindControlDelegate_FindEnd(KRRef<KRIssueFindResult> result,
+  void KRIssueFindControlDelegate_FindEnd(const KRRef<KRIssueFindResult>& result,
                                           KRIssueFindControl& /*findControl*/) override {
-    result_.set_value(std::move(result));
+    result_.set_value(result);
   }
 
   KRRef<KRIssueFindResult> wait() { return result_.get_future().get(); }
