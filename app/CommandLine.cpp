@@ -65,6 +65,8 @@ int parseAndRun(Terminal& terminal, int argc, char** argv) {
 
 int CommandLine::run(int argc, char** argv) {
   Interrupt::install();
+  // Settings are found again under whatever name the program's file is given.
+  KRHostInfo::setIdentifier("krcontacts"_kr);
   Terminal terminal;
   try {
     return parseAndRun(terminal, argc, argv);

@@ -11,6 +11,7 @@
 #include "issues/KRIssueFind.h"
 #include "issues/KRIssueManager.h"
 #include "platform/KRPreferences.h"
+#include "platform/KRPreferencesOverlay.h"
 
 namespace {
 
