@@ -9,14 +9,24 @@
 #include "app/Command.h"
 #include "app/HelpText.h"
 #include "app/Interrupt.h"
+#include "app/IssuesCommand.h"
+#include "app/PropertiesCommand.h"
+#include "app/ScanCommand.h"
+#include "app/SettingsCommand.h"
 #include "app/Unusable.h"
+#include "app/VersionText.h"
+#include "platform/KRHostInfo.h"
 
 namespace {
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
-Commands declareCommands(CLI::App& /*app*/) {
+Commands declareCommands(CLI::App& app) {
   Commands commands;
+  commands.push_back(std::make_unique<ScanCommand>(app));
+  commands.push_back(std::make_unique<PropertiesCommand>(app));
+  commands.push_back(std::make_unique<IssuesCommand>(app));
+  commands.push_back(std::make_unique<SettingsCommand>(app));
   return commands;
 }
 
@@ -30,6 +40,8 @@ int parseAndRun(Terminal& terminal, int argc, char** argv) {
   CLI::App app("Finds what is wrong in an address book", "krcontacts");
   app.formatter(std::make_shared<HelpText::Formatter>());
   app.set_help_flag("-h,--help");
+  bool wantsVersion = false;
+  app.add_flag("--version", wantsVersion);
   const Commands commands = declareCommands(app);
   app.require_subcommand(0, 1);
 
@@ -47,6 +59,11 @@ int parseAndRun(Terminal& terminal, int argc, char** argv) {
 
   int code = ExitCode::Unusable;
   bool ran = false;
+  if (wantsVersion) {
+    terminal.out().write(versionText());
+    code = ExitCode::Done;
+    ran = true;
+  }
   for (const auto& command : commands) {
     if (ran || !command->isChosen()) continue;
     code = command->run(terminal);
