@@ -4,7 +4,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 /// One command of the program: it declares its words when it is made, and runs when they were used.
 class Command {
