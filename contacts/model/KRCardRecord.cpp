@@ -2,14 +2,6 @@
 
 #include <bit>
 
-KRCardRecord::KRCardRecord(KRSlab* slab, uint32_t offset, uint32_t rowCount, uint32_t decodedSize,
-                           uint32_t cardSize) noexcept
-    : slab_(slab), offset_(offset), rowCount_(rowCount), decodedSize_(decodedSize), cardSize_(cardSize) {
-  for (const KRCardRow& row : rows()) {
-    if (!row.isDetail()) present_ |= 1U << row.what;
-  }
-}
-
 KRCardRecord::KRCardRecord(const KRCardRecord& other) noexcept
     : slab_(other.slab_),
       offset_(other.offset_),

@@ -58,8 +58,16 @@ class KRCardRecord {
   /// No rows, no card.
   KRCardRecord() noexcept = default;
   /// Takes over one reference to the block. From `offset` (a multiple of four) on it holds `rowCount` rows,
-  /// `decodedSize` bytes of decoded text and `cardSize` bytes of the card.
-  KRCardRecord(KRSlab* slab, uint32_t offset, uint32_t rowCount, uint32_t decodedSize, uint32_t cardSize) noexcept;
+  /// `decodedSize` bytes of decoded text and `cardSize` bytes of the card; `present` has a bit for each number that a
+  /// row has.
+  KRCardRecord(KRSlab* slab, uint32_t offset, uint32_t rowCount, uint32_t decodedSize, uint32_t cardSize,
+               uint32_t present) noexcept
+      : slab_(slab),
+        offset_(offset),
+        rowCount_(rowCount),
+        decodedSize_(decodedSize),
+        cardSize_(cardSize),
+        present_(present) {}
   KRCardRecord(const KRCardRecord& other) noexcept;
   KRCardRecord(KRCardRecord&& other) noexcept { swap(other); }
   KRCardRecord& operator=(KRCardRecord other) noexcept {

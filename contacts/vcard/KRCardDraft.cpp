@@ -2,15 +2,12 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 
 namespace {
 
 constexpr uint32_t kAlignment = alignof(KRCardRow);
 /// Records from this size on do not share a block.
 constexpr uint32_t kOwnBlock = KRSlab::kSharedCapacity / 4;
-/// No text in a card is as long as this; the highest bit of a size marks decoded text.
-constexpr size_t kLongestText = 0x7FFFFFFF;
 
 }  // namespace
 
@@ -36,29 +33,11 @@ void KRCardDraft::start(const char* card, const char* end) noexcept {
   details_.clear();
 }
 
-KRCardDraft::Place KRCardDraft::place(std::string_view text) {
-  if (text.size() > kLongestText) text = text.substr(0, 0);
-  Place place;
-  place.size = static_cast<uint32_t>(text.size());
-  const std::less_equal<const char*> notAfter;
-  if (notAfter(card_, text.data()) && notAfter(text.data(), end_)) {
-    place.offset = static_cast<uint32_t>(text.data() - card_);
-    return place;
-  }
-  place.offset = static_cast<uint32_t>(decoded_.size());
-  place.isDecoded = true;
+KRCardDraft::Place KRCardDraft::copy(std::string_view text) {
+  if (text.size() > kLongestText) return {};
+  const Place place{static_cast<uint32_t>(decoded_.size()), static_cast<uint32_t>(text.size()), true};
   decoded_.append(text);
   return place;
-}
-
-std::string_view KRCardDraft::text(const Place& place) const noexcept {
-  return {(place.isDecoded ? decoded_.data() : card_) + place.offset, place.size};
-}
-
-KRCardDraft::Entry KRCardDraft::add(uint8_t what, const Place& place) {
-  present_ |= 1U << what;
-  entries_.push_back({what, 0, 0, place.offset, place.size | (place.isDecoded ? kDecoded : 0U)});
-  return static_cast<Entry>(entries_.size() - 1);
 }
 
 void KRCardDraft::addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place) {
@@ -94,5 +73,5 @@ KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
   for (const Detail& detail : details_) write(detail.row, places_[detail.entry]++);
   std::memcpy(bytes + rowsSize, decoded_.data(), decodedSize);
   std::memcpy(bytes + rowsSize + decodedSize, card.data(), cardSize);
-  return {room.slab, room.offset, rowCount, decodedSize, cardSize};
+  return {room.slab, room.offset, rowCount, decodedSize, cardSize, present_};
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,11 +52,21 @@ class KRCardDraft {
   void start(const char* card, const char* end) noexcept;
 
   /// Makes a place of a text: as it is when it lies in the card, else a copy. The text is well-formed.
-  Place place(std::string_view text);
+  Place place(std::string_view text) {
+    const std::less_equal<const char*> notAfter;
+    if (!notAfter(card_, text.data()) || !notAfter(text.data(), end_) || text.size() > kLongestText) return copy(text);
+    return {static_cast<uint32_t>(text.data() - card_), static_cast<uint32_t>(text.size()), false};
+  }
   /// The text of a place; valid until the next `place`.
-  std::string_view text(const Place& place) const noexcept;
+  std::string_view text(const Place& place) const noexcept {
+    return {(place.isDecoded ? decoded_.data() : card_) + place.offset, place.size};
+  }
 
-  Entry add(uint8_t what, const Place& place);
+  Entry add(uint8_t what, const Place& place) {
+    present_ |= 1U << what;
+    entries_.push_back({what, 0, 0, place.offset, place.size | (place.isDecoded ? kDecoded : 0U)});
+    return static_cast<Entry>(entries_.size() - 1);
+  }
   Entry add(KROrdinal what, const Place& place) { return add(static_cast<uint8_t>(what), place); }
   Entry add(KRCardPart what, const Place& place) { return add(static_cast<uint8_t>(what), place); }
   /// Adds a detail to an entry, at any time.
@@ -75,6 +86,11 @@ class KRCardDraft {
     KRCardRow row;
   };
   static constexpr uint32_t kDecoded = 0x80000000U;
+  /// No text in a card is longer; the highest bit of a size marks decoded text.
+  static constexpr size_t kLongestText = 0x7FFFFFFF;
+
+  /// Copies a text to the decoded ones; an empty place for one that is too long.
+  Place copy(std::string_view text);
 
   const char* card_ = nullptr;
   const char* end_ = nullptr;

@@ -108,6 +108,23 @@ constexpr std::string_view kAndroidRelations[] = {"",        "assistant",   "bro
                                                   "father",  "friend",      "manager",  "mother", "parent",
                                                   "partner", "referred by", "relative", "sister", "spouse"};
 
+/// The text form of the date, as its own `description` gives it.
+std::string textForm(const KRDate& date) {
+  std::string form = "--MM-DD";
+  const auto put = [&](size_t at, int number) {
+    form[at] = static_cast<char>('0' + number / 10);
+    form[at + 1] = static_cast<char>('0' + number % 10);
+  };
+  if (const std::optional<int> year = date.year()) {
+    form = "YYYY-MM-DD";
+    put(0, *year / 100);
+    put(2, *year % 100);
+  }
+  put(form.size() - 5, date.month());
+  put(form.size() - 2, date.day());
+  return form;
+}
+
 int smallNumber(std::string_view text) noexcept {
   if (text.empty() || text.size() > 2) return -1;
   int number = 0;
@@ -280,8 +297,10 @@ const std::vector<KRCardDraft::Place>& KRVCardParser::split(char separator) {
       value = whole_;
     }
   }
+  const bool hasEscapes = value.data() != line_->value.data() || (line_->flags & KRVCardScan::Backslash) != 0;
   for (size_t at = 0; at <= value.size();) {
-    const size_t end = krFindUnescaped(value, separator, at);
+    const size_t end =
+        hasEscapes ? krFindUnescaped(value, separator, at) : std::min(value.find(separator, at), value.size());
     const std::string_view raw = value.substr(at, end - at);
     parts_.push_back(isWhole ? undoEscapes(raw, Shape::Structured) : decode(raw, Shape::Structured));
     at = end + 1;
@@ -426,8 +445,8 @@ KRCardDraft::Place KRVCardParser::dateOf(const Place& written) {
     if (!text.empty()) pass(KRVCardReason::BadDate);
     return {};
   }
-  const KRString form = date->description();
-  return form.view() == text ? written : draft_.place(form.view());
+  const std::string form = textForm(*date);
+  return form == text ? written : draft_.place(form);
 }
 
 void KRVCardParser::takeBirthday() {

@@ -1,7 +1,9 @@
 #include "contacts/vcard/KRVCardProperty.h"
 
 #include <array>
-#include <iterator>
+#include <cstring>
+
+#include "contacts/vcard/KRVCardText.h"
 
 namespace {
 
@@ -85,43 +87,87 @@ constexpr KRVCardProperty kUnknown{};
 constexpr size_t kSlots = 512;
 constexpr size_t kLongestName = 32;
 
-/// The same for both cases of a letter; names differ enough in length, start and end.
-constexpr size_t slotOf(std::string_view name) noexcept {
-  uint32_t hash = static_cast<uint32_t>(name.size());
-  const size_t step = name.size() > 8 ? 3 : 1;
-  for (size_t i = 0; i < name.size(); i += step) hash = hash * 31 + (static_cast<unsigned char>(name[i]) & 0xDFU);
-  hash = hash * 31 + (static_cast<unsigned char>(name[name.size() - 1]) & 0xDFU);
-  return (hash * 0x9E3779B1U) >> 23U;
+/// Up to eight bytes of a name as a number, with the bit cleared in which the cases of a letter differ.
+constexpr uint64_t kCaseless = 0xDFDFDFDFDFDFDFDFU;
+
+template <class Bytes>
+uint64_t load(const char* from) noexcept {
+  Bytes bytes;
+  std::memcpy(&bytes, from, sizeof bytes);
+  return bytes;
 }
 
-/// Places in `kProperties`, counted from 1, by hash with open addressing.
-constexpr std::array<uint8_t, kSlots> kIndex = [] {
-  std::array<uint8_t, kSlots> index{};
-  for (size_t i = 0; i < std::size(kProperties); ++i) {
-    size_t slot = slotOf(kProperties[i].name);
-    while (index[slot] != 0) slot = (slot + 1) % kSlots;
-    index[slot] = static_cast<uint8_t>(i + 1);
+uint64_t wordAt(std::string_view name, size_t at) noexcept {
+  const char* bytes = name.data() + at;
+  const size_t size = name.size() - at;
+  uint64_t word = 0;
+  if (size >= 8) {
+    word = load<uint64_t>(bytes);
+  } else if (size >= 4) {
+    word = load<uint32_t>(bytes) | load<uint32_t>(bytes + size - 4) << (8 * (size - 4));
+  } else if (size >= 2) {
+    word = load<uint16_t>(bytes) | load<uint16_t>(bytes + size - 2) << (8 * (size - 2));
+  } else {
+    word = static_cast<unsigned char>(*bytes);
   }
-  return index;
-}();
-
-/// Whether `name` is that upper-case name, in any case.
-bool isName(std::string_view upper, std::string_view name) noexcept {
-  if (upper.size() != name.size()) return false;
-  for (size_t i = 0; i < upper.size(); ++i) {
-    const char c = name[i];
-    if ((c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c) != upper[i]) return false;
-  }
-  return true;
+  return word & kCaseless;
 }
+
+/// The names of the properties by hash, with open addressing.
+class Index {
+ public:
+  static const Index& shared() {
+    static const Index& index = *new Index;
+    return index;
+  }
+
+  const KRVCardProperty& find(std::string_view name) const noexcept {
+    const Key key = keyOf(name);
+    for (size_t slot = key.slot(); slots_[slot].property != nullptr; slot = (slot + 1) % kSlots) {
+      if (!(slots_[slot].key == key)) continue;
+      // A long name has bytes that the key does not hold.
+      if (name.size() > 16 && !krEqualsIgnoringCase(slots_[slot].property->name, name)) continue;
+      return *slots_[slot].property;
+    }
+    return kUnknown;
+  }
+
+ private:
+  struct Key {
+    uint64_t first = 0;
+    uint64_t last = 0;
+    uint64_t size = 0;
+
+    size_t slot() const noexcept {
+      return static_cast<size_t>(((first ^ last * 31 ^ size) * 0x9e3779b97f4a7c15U) >> 55U);
+    }
+    friend bool operator==(const Key&, const Key&) noexcept = default;
+  };
+  struct Slot {
+    Key key;
+    const KRVCardProperty* property = nullptr;
+  };
+
+  Index() {
+    for (const KRVCardProperty& property : kProperties) {
+      const Key key = keyOf(property.name);
+      size_t slot = key.slot();
+      while (slots_[slot].property != nullptr) slot = (slot + 1) % kSlots;
+      slots_[slot] = {key, &property};
+    }
+  }
+
+  /// The start and the end of the name tell nearly all names apart.
+  static Key keyOf(std::string_view name) noexcept {
+    return {wordAt(name, 0), wordAt(name, name.size() > 8 ? name.size() - 8 : 0), name.size()};
+  }
+
+  std::array<Slot, kSlots> slots_;
+};
 
 }  // namespace
 
 const KRVCardProperty& krVCardProperty(std::string_view name) noexcept {
   if (name.empty() || name.size() > kLongestName) return kUnknown;
-  for (size_t slot = slotOf(name); kIndex[slot] != 0; slot = (slot + 1) % kSlots) {
-    const KRVCardProperty& property = kProperties[kIndex[slot] - 1];
-    if (isName(property.name, name)) return property;
-  }
-  return kUnknown;
+  return Index::shared().find(name);
 }

@@ -83,7 +83,11 @@ bool isBackslashEscape(char next, KREscapes escapes) noexcept {
 }  // namespace
 
 bool krEqualsIgnoringCase(std::string_view a, std::string_view b) noexcept {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i] != b[i] && lower(a[i]) != lower(b[i])) return false;
+  }
+  return true;
 }
 
 std::string krLowerASCII(std::string_view text) {
@@ -141,15 +145,19 @@ std::string krDecodeBase64(std::string_view text) {
 std::string krUndoEscapes(std::string_view text, KREscapes escapes) {
   std::string plain;
   plain.reserve(text.size());
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != '\\' || i + 1 == text.size() || !isBackslashEscape(text[i + 1], escapes)) {
-      plain.push_back(text[i]);
-      continue;
+  while (true) {
+    const size_t place = text.find('\\');
+    plain.append(text.substr(0, place));
+    if (place == std::string_view::npos) return plain;
+    text.remove_prefix(place);
+    if (text.size() > 1 && isBackslashEscape(text[1], escapes)) {
+      plain.push_back(text[1] == 'n' || text[1] == 'N' ? '\n' : text[1]);
+      text.remove_prefix(2);
+    } else {
+      plain.push_back('\\');
+      text.remove_prefix(1);
     }
-    ++i;
-    plain.push_back(text[i] == 'n' || text[i] == 'N' ? '\n' : text[i]);
   }
-  return plain;
 }
 
 size_t krFindUnescaped(std::string_view text, char separator, size_t from) noexcept {
