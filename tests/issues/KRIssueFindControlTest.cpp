@@ -189,7 +189,7 @@ TEST_F(KRIssueFindControlTest, NumbersOfIssuesThatDivideAHundredEndAtAHundred) {
 }
 
 TEST_F(KRIssueFindControlTest, HandsOverTheResultOfTheBook) {
-  use({KRIssueBlankName, KRIssueNoteWithSpacingOnly});
+  use({KRIssueBlankName, KRIssueUnusualTitle});
   const auto listener = run();
   EXPECT_EQ(listener->starts, 1);
   ASSERT_TRUE(listener->result);
@@ -231,7 +231,7 @@ TEST_F(KRIssueFindControlTest, AContextWithoutFindingsIsLeftOut) {
 }
 
 TEST_F(KRIssueFindControlTest, AnIssueWithoutADetectorTakesItsBandAllTheSame) {
-  use({KRIssueBlankName, KRIssueNoteWithSpacingOnly});
+  use({KRIssueBlankName, KRIssueUnusualTitle});
   const auto control = krMake<HostControl>(KRRef<KRIssueFind>());
   control->setAddressBook(book_);
   EXPECT_EQ(run(*control)->progress, (std::vector<double>{50.0, 100.0}));
@@ -262,7 +262,7 @@ class ChangingListener : public Listener {
 };
 
 TEST_F(KRIssueFindControlTest, NeitherStopNorAChangedChoiceChangesARun) {
-  use({KRIssueBlankName, KRIssueNoteWithSpacingOnly});
+  use({KRIssueBlankName, KRIssueUnusualTitle});
   const auto control = KRIssueFindControl::initWithAddressBook(book_);
   const auto listener = std::make_shared<ChangingListener>();
   control->setDelegate(listener);
