@@ -146,32 +146,50 @@ void KRUtf8Collector::append(char32_t point) {
   text_.utf8.append(bytes, static_cast<size_t>(size));
 }
 
-void KRUtf8Collector::putMistake() {
-  if (std::exchange(lead_, u'\0') != 0) putMistake();
+void KRUtf8Collector::endLead() {
+  if (std::exchange(lead_, u'\0') == 0) return;
   append(0xFFFD);
   ++text_.mistakes;
 }
 
-void KRUtf8Collector::putOther(char16_t unit) {
-  if (lead_ != 0 && U16_IS_TRAIL(unit)) {
-    append(static_cast<char32_t>(U16_GET_SUPPLEMENTARY(std::exchange(lead_, u'\0'), unit)));
-    return;
-  }
-  if (lead_ != 0) {
-    lead_ = 0;
-    putMistake();
-  }
-  if (U16_IS_LEAD(unit)) {
-    lead_ = unit;
-  } else if (U16_IS_TRAIL(unit)) {
-    putMistake();
-  } else {
-    append(unit);
+void KRUtf8Collector::putMistake() {
+  endLead();
+  append(0xFFFD);
+  ++text_.mistakes;
+}
+
+void KRUtf8Collector::put(std::u16string_view units) {
+  constexpr size_t kPiece = 1024;
+  char room[kPiece * 3];
+  while (!units.empty()) {
+    // The units of the basic plane, as many as fit; then one that needs a closer look.
+    size_t count = 0;
+    size_t size = 0;
+    if (lead_ == 0) {
+      for (; count < std::min(units.size(), kPiece) && !U16_IS_SURROGATE(units[count]); ++count)
+        U8_APPEND_UNSAFE(room, size, static_cast<UChar32>(units[count]));
+      text_.utf8.append(room, size);
+      units.remove_prefix(count);
+      if (units.empty() || !U16_IS_SURROGATE(units.front())) continue;
+    }
+    const char16_t unit = units.front();
+    if (lead_ != 0 && U16_IS_TRAIL(unit)) {
+      append(static_cast<char32_t>(U16_GET_SUPPLEMENTARY(std::exchange(lead_, u'\0'), unit)));
+    } else {
+      endLead();
+      if (!U16_IS_SURROGATE(unit)) continue;
+      if (U16_IS_LEAD(unit)) {
+        lead_ = unit;
+      } else {
+        putMistake();
+      }
+    }
+    units.remove_prefix(1);
   }
 }
 
 KRConvertedText KRUtf8Collector::finish() {
-  if (std::exchange(lead_, u'\0') != 0) putMistake();
+  endLead();
   return std::move(text_);
 }
 
@@ -190,7 +208,7 @@ std::optional<KRConvertedText> krConvertFromCharset(std::string_view bytes, std:
     status = U_ZERO_ERROR;
     char16_t* target = units;
     ucnv_toUnicode(converter, &target, std::end(units), &source, end, nullptr, 1, &status);
-    for (const char16_t* unit = units; unit != target; ++unit) collector.put(*unit);
+    collector.put({units, static_cast<size_t>(target - units)});
   } while (status == U_BUFFER_OVERFLOW_ERROR);
   if (U_FAILURE(status)) return std::nullopt;
   KRConvertedText text = collector.finish();

@@ -13,26 +13,22 @@ struct KRConvertedText {
   size_t mistakes = 0;
 };
 
-/// Collects UTF-16 units one by one as UTF-8; an unpaired surrogate becomes U+FFFD and counts as a mistake.
+/// Collects UTF-16 units as UTF-8; an unpaired surrogate becomes U+FFFD and counts as a mistake.
 class KRUtf8Collector {
  public:
   explicit KRUtf8Collector(size_t expected) { text_.utf8.reserve(expected); }
 
-  void put(char16_t unit) {
-    if (unit < 0x80 && lead_ == 0) {
-      text_.utf8 += static_cast<char>(unit);
-    } else {
-      putOther(unit);
-    }
-  }
+  void put(std::u16string_view units);
+  /// Something that is not even a unit.
   void putMistake();
   KRConvertedText finish();
 
  private:
-  void putOther(char16_t unit);
   void append(char32_t point);
+  void endLead();
 
   KRConvertedText text_;
+  /// A lead surrogate whose trail has not come yet, or 0.
   char16_t lead_ = 0;
 };
 

@@ -43,15 +43,29 @@ size_t asciiPrefix(std::string_view bytes) noexcept {
   return done;
 }
 
+/// The length of the sequence at `place` when it is one of the usual ones of two or three bytes and well-formed, else
+/// 0; for runs of letters beyond ASCII.
+size_t usualSequence(std::string_view bytes, size_t place) noexcept {
+  const auto at = [&](size_t i) { return static_cast<unsigned char>(bytes[place + i]); };
+  const unsigned char lead = at(0);
+  if (bytes.size() - place < 3) return 0;
+  if (lead >= 0xC2 && lead < 0xE0) return isContinuation(at(1)) ? 2 : 0;
+  const bool isPlain = lead > 0xE0 && lead < 0xF0 && lead != 0xED;
+  return isPlain && isContinuation(at(1)) && isContinuation(at(2)) ? 3 : 0;
+}
+
 /// Where the first ill-formed sequence begins, or the size; `skip` as above.
 size_t wellFormedPrefix(std::string_view bytes, size_t& skip) noexcept {
   size_t position = 0;
   while (true) {
     position += asciiPrefix(bytes.substr(position));
+    while (position < bytes.size() && static_cast<unsigned char>(bytes[position]) >= 0x80) {
+      size_t length = usualSequence(bytes, position);
+      if (length == 0) length = sequenceLength(bytes.substr(position), skip);
+      if (length == 0) return position;
+      position += length;
+    }
     if (position == bytes.size()) return position;
-    const size_t length = sequenceLength(bytes.substr(position), skip);
-    if (length == 0) return position;
-    position += length;
   }
 }
 

@@ -133,9 +133,14 @@ KRTextEncoding guessUtf16(std::string_view bytes) noexcept {
 
 std::string decodeUtf16(std::string_view bytes, bool isLittle) {
   KRUtf8Collector collector(bytes.size());
-  size_t place = 0;
-  for (; place + 1 < bytes.size(); place += 2) collector.put(unitAt(bytes, place, isLittle));
-  if (place < bytes.size()) collector.putMistake();
+  std::array<char16_t, 1024> units;
+  while (bytes.size() >= 2) {
+    const size_t count = std::min(bytes.size() / 2, units.size());
+    for (size_t i = 0; i < count; ++i) units[i] = unitAt(bytes, 2 * i, isLittle);
+    collector.put({units.data(), count});
+    bytes.remove_prefix(2 * count);
+  }
+  if (!bytes.empty()) collector.putMistake();
   return collector.finish().utf8;
 }
 
@@ -148,10 +153,12 @@ std::string decodeUtf32(std::string_view bytes, bool isLittle) {
     if (point > 0x10FFFF || (point >= 0xD800 && point < 0xE000)) {
       collector.putMistake();
     } else if (point < 0x10000) {
-      collector.put(static_cast<char16_t>(point));
+      const auto unit = static_cast<char16_t>(point);
+      collector.put({&unit, 1});
     } else {
-      collector.put(static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10U)));
-      collector.put(static_cast<char16_t>(0xDC00 + (point & 0x3FFU)));
+      const char16_t units[] = {static_cast<char16_t>(0xD800 + ((point - 0x10000) >> 10U)),
+                                static_cast<char16_t>(0xDC00 + (point & 0x3FFU))};
+      collector.put({units, 2});
     }
   }
   if (place < bytes.size()) collector.putMistake();
@@ -177,11 +184,12 @@ std::string decodeWide(std::string_view bytes, KRTextEncoding encoding) {
 /// charsets bytes hardly ever fall into the pattern.
 bool isDamagedUtf8(std::string_view bytes) {
   constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
-  constexpr size_t kPiece = size_t{1} << 20U;
+  constexpr size_t kPiece = size_t{64} << 10U;
+  constexpr std::ptrdiff_t kEnough = 1000;
   std::ptrdiff_t right = 0;
   std::ptrdiff_t wrong = 0;
-  // Piece by piece, to need little memory; a character cut at the end of a piece makes hardly a difference.
-  for (; !bytes.empty(); bytes.remove_prefix(std::min(kPiece, bytes.size()))) {
+  // Piece by piece; a character cut at the end of one makes hardly a difference.
+  for (; !bytes.empty() && right + wrong < kEnough; bytes.remove_prefix(std::min(kPiece, bytes.size()))) {
     const std::string repaired = krWellFormed(bytes.substr(0, kPiece));
     right += std::count_if(repaired.begin(), repaired.end(), [](char c) { return (c & 0xC0) == 0xC0; });
     for (size_t place = 0; (place = repaired.find(kReplacement, place)) != std::string::npos; ++place) {

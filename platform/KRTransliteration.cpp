@@ -1,6 +1,7 @@
 #include "platform/KRTransliteration.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <utility>
 
@@ -21,18 +22,16 @@ struct Traits {
   bool isSetOff = false;
 };
 
-Traits asciiTraits(char c) noexcept {
-  const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-  constexpr std::string_view kEnds = ".,:;?!)]}";
-  constexpr std::string_view kOpens = "([{";
-  return {.isLetter = isLetter,
-          .isMark = false,
-          .setsOffLetter = kEnds.find(c) != std::string_view::npos,
-          .isSetOff = kOpens.find(c) != std::string_view::npos};
-}
+constexpr auto kAsciiTraits = [] {
+  std::array<Traits, 128> table = {};
+  for (size_t c = 'A'; c <= 'Z'; ++c) table[c].isLetter = table[c + 32].isLetter = true;
+  for (const char c : std::string_view(".,:;?!)]}")) table[static_cast<size_t>(c)].setsOffLetter = true;
+  for (const char c : std::string_view("([{")) table[static_cast<size_t>(c)].isSetOff = true;
+  return table;
+}();
 
 Traits traitsOf(char32_t character) noexcept {
-  if (character < 0x80) return asciiTraits(static_cast<char>(character));
+  if (character < 0x80) return kAsciiTraits[character];
   const auto point = static_cast<UChar32>(character);
   const uint32_t category = U_GET_GC_MASK(point);
   const bool isIdeograph = u_hasBinaryProperty(point, UCHAR_IDEOGRAPHIC) != 0;
@@ -60,15 +59,26 @@ class Spacing {
   bool setsOffLetter_ = false;
 };
 
-KRString upperAscii(std::string_view text) {
-  std::string result;
-  result.reserve(text.size() + 8);
+char upperAscii(char c) noexcept {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+/// The result for plain ASCII, which needs no memory but the result's own.
+KRString fromAscii(std::string_view text) {
+  size_t size = text.size();
+  Spacing counting;
+  for (const char c : text) size += static_cast<size_t>(counting.before(kAsciiTraits[static_cast<size_t>(c)]));
+  if (size == 0) return ""_kr;
+  KRSlab* slab = KRSlab::create(static_cast<uint32_t>(size));
+  char* place = slab->bytes();
   Spacing spacing;
   for (const char c : text) {
-    if (spacing.before(asciiTraits(c))) result += ' ';
-    result += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    if (spacing.before(kAsciiTraits[static_cast<size_t>(c)])) *place++ = ' ';
+    *place++ = upperAscii(c);
   }
-  return KRString::trusted(result);
+  KRString result = KRString::slice(slab, 0, static_cast<uint32_t>(size));
+  slab->release();
+  return result;
 }
 
 /// Whether the character may stand for other Han characters: an enclosed or squared one, a compatibility form, a
@@ -176,34 +186,100 @@ std::optional<std::u16string> bareUpper(std::u16string_view text) {
   });
 }
 
-}  // namespace
+/// The results for the characters of the first alphabets (Latin, Greek, Cyrillic, Hebrew, Arabic and some more). There
+/// a character's result depends on no other: without marks nothing composes, and upper case knows no context.
+class FirstAlphabets {
+ public:
+  static constexpr char32_t kEnd = 0x900;
 
-KRString krMandarinLatinUpper(KRText text) {
-  if (text.isNothing() || text.size() > kKRICULimit / 4) return {};
-  const auto isAscii = [](auto unit) { return (unit & ~0x7F) == 0; };
-  if (std::all_of(text.view().begin(), text.view().end(), isAscii)) return upperAscii(text.view());
+  FirstAlphabets() {
+    std::u16string all;
+    for (char16_t unit = 0x80; unit < kEnd; ++unit) {
+      all += unit;
+      all += u' ';
+    }
+    const auto results = bareUpper(all);
+    const auto utf8 = results ? krToUtf8(*results) : std::nullopt;
+    if (!utf8) return;
+    size_t begin = 0;
+    for (Entry& entry : entries_) {
+      const size_t end = utf8->find(' ', begin);
+      if (end - begin > entry.bytes.size()) return;
+      std::copy(utf8->begin() + static_cast<std::ptrdiff_t>(begin), utf8->begin() + static_cast<std::ptrdiff_t>(end),
+                entry.bytes.begin());
+      entry.size = static_cast<uint8_t>(end - begin);
+      begin = end + 1;
+    }
+    isGood_ = true;
+  }
 
-  std::u32string characters;
-  if (!spread(text.view(), characters)) return {};
+  /// False when ICU failed.
+  bool isGood() const noexcept { return isGood_; }
+  /// The result for a character from U+0080 up to below `kEnd`; empty for a mark.
+  std::string_view result(char32_t character) const noexcept {
+    const Entry& entry = entries_[character - 0x80];
+    return {entry.bytes.data(), entry.size};
+  }
+
+ private:
+  struct Entry {
+    std::array<char, 7> bytes = {};
+    uint8_t size = 0;
+  };
+  std::array<Entry, kEnd - 0x80> entries_;
+  bool isGood_ = false;
+};
+
+/// The result of spaced characters that are Chinese, ASCII or of the first alphabets; nothing when there is another
+/// one.
+std::optional<std::string> quickResult(std::u32string_view characters) {
+  static const auto* const alphabets = new FirstAlphabets;
+  if (!alphabets->isGood()) return std::nullopt;
+  std::string result;
+  result.reserve(characters.size() * 4);
+  for (size_t i = 0; i < characters.size(); ++i) {
+    const char32_t character = characters[i];
+    if (character < 0x80) {
+      result += upperAscii(static_cast<char>(character));
+    } else if (character < FirstAlphabets::kEnd) {
+      result += alphabets->result(character);
+    } else {
+      const std::string_view reading = readingAt(characters, i);
+      if (reading.empty()) return std::nullopt;
+      result += reading;
+    }
+  }
+  return result;
+}
+
+/// The result of any spaced characters; nothing when ICU fails.
+std::optional<std::string> fullResult(std::u32string_view characters) {
   std::u16string latin;
   latin.reserve(characters.size() * 4);
   for (size_t i = 0; i < characters.size(); ++i) {
     const std::string_view reading = readingAt(characters, i);
     if (!reading.empty()) {
       latin.append(reading.begin(), reading.end());
-    } else if (characters[i] < 0x80) {
-      const auto c = static_cast<char16_t>(characters[i]);
-      latin += c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - u'a' + u'A') : c;
-    } else {
-      char16_t units[2];
-      int32_t size = 0;
-      U16_APPEND_UNSAFE(units, size, static_cast<UChar32>(characters[i]));
-      latin.append(units, static_cast<size_t>(size));
+      continue;
     }
+    char16_t units[2];
+    int32_t size = 0;
+    U16_APPEND_UNSAFE(units, size, static_cast<UChar32>(characters[i]));
+    latin.append(units, static_cast<size_t>(size));
   }
-  if (std::all_of(latin.begin(), latin.end(), isAscii))
-    return KRString::trusted(std::string(latin.begin(), latin.end()));
   const auto upper = bareUpper(latin);
-  const auto utf8 = upper ? krToUtf8(*upper) : std::nullopt;
-  return utf8 ? KRString::trusted(*utf8) : KRString();
+  return upper ? krToUtf8(*upper) : std::nullopt;
+}
+
+}  // namespace
+
+KRString krMandarinLatinUpper(KRText text) {
+  if (text.isNothing() || text.size() > kKRICULimit / 4) return {};
+  const std::string_view bytes = text.view();
+  if (std::all_of(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) == 0; })) return fromAscii(bytes);
+  std::u32string characters;
+  if (!spread(bytes, characters)) return {};
+  std::optional<std::string> result = quickResult(characters);
+  if (!result) result = fullResult(characters);
+  return result ? KRString::trusted(*result) : KRString();
 }

@@ -1,7 +1,10 @@
 #include "platform/KRString.h"
 
 #include <gtest/gtest.h>
+#include <unicode/ustring.h>
 
+#include <iterator>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -136,6 +139,28 @@ TEST(KRString, EveryCodePointSurvives) {
     ASSERT_EQ(krNextCodePoint(bytes, position), point);
     ASSERT_EQ(position, bytes.size());
   }
+}
+
+TEST(KRString, AgreesWithIcuOnWhatIsWellFormed) {
+  std::mt19937 random(5);
+  constexpr unsigned char kEdges[] = {'a',  0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF, 0xC0, 0xC1, 0xC2, 0xDF,
+                                      0xE0, 0xE1, 0xEC, 0xED, 0xEE, 0xEF, 0xF0, 0xF1, 0xF3, 0xF4, 0xF5, 0xFF};
+  size_t wellFormed = 0;
+  for (int round = 0; round < 300000; ++round) {
+    std::string bytes;
+    for (size_t length = random() % 8; length > 0; --length)
+      bytes += static_cast<char>(kEdges[random() % std::size(kEdges)]);
+    // Behind a full word of plain text, the other way through.
+    if (round % 3 == 0) bytes.insert(0, "plain text");
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(nullptr, 0, nullptr, bytes.data(), static_cast<int32_t>(bytes.size()), &status);
+    const bool expected = status != U_INVALID_CHAR_FOUND;
+    ASSERT_EQ(krIsWellFormed(bytes), expected) << testing::PrintToString(bytes);
+    ASSERT_TRUE(krIsWellFormed(krWellFormed(bytes)));
+    ASSERT_EQ(krWellFormed(bytes) == bytes, expected);
+    wellFormed += expected ? 1 : 0;
+  }
+  EXPECT_GT(wellFormed, 30000U);
 }
 
 TEST(KRString, FormatsOnePlace) {
