@@ -435,7 +435,7 @@ size_t ABPerson::entryCount(KROrdinal property) const {
 }
 
 KRRef<KRData> ABPerson::imageData() const {
-  if (isStored(KROrdinal::Thumbnail)) return IKRPerson::imageData();
+  if (isStored(KROrdinal::Thumbnail)) return IKRPerson::thumbnail();
   const KRCardRow* place = record_.find(row(KROrdinal::Thumbnail));
   if (place == nullptr) return {};
   const std::string_view text = record_.view(*place).view();
