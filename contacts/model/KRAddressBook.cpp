@@ -98,9 +98,15 @@ KRRef<IKRPerson> KRAddressBook::newPerson() {
 }
 
 void KRAddressBook::addPerson(IKRPerson* person) {
-  if (person == nullptr || persons_.contains(person)) return;
-  persons_.append(person);
-  if (ABPerson* own = record(person)) own->setAddressBook(this);
+  if (person == nullptr) return;
+  // A record tells itself whether it is here, so that reading a book in builds no index of its persons.
+  ABPerson* own = record(person);
+  KRAddressBook* holder = own != nullptr ? own->addressBook() : nullptr;
+  if (holder == this) return;
+  const bool mayBeHere = own == nullptr || hasLostPersons_;
+  if (!mayBeHere || !persons_.contains(person)) persons_.append(person);
+  if (holder != nullptr) holder->hasLostPersons_ = true;
+  if (own != nullptr) own->setAddressBook(this);
 }
 
 void KRAddressBook::addPersons(const std::vector<KRRef<IKRPerson>>& persons) {

@@ -48,8 +48,9 @@ class KRAddressBook : public KRObject {
 
   /// A new empty person that already belongs to this book; the caller shares it with the book.
   virtual KRRef<IKRPerson> newPerson();
-  /// Adds a person that belongs to no book yet; one of another book is taken over by reference (written form:
-  /// `addPerson:`). Nothing is ignored.
+  /// Adds a person that belongs to no book yet; one of another book is taken over: it names this book from then on,
+  /// although the list of the other keeps it too (written form: `addPerson:`). Nothing is ignored, and so is a person
+  /// that is here already.
   virtual void addPerson(IKRPerson* person);
   virtual void addPersons(const std::vector<KRRef<IKRPerson>>& persons);
   /// Removes the persons from the book, in memory until `save`; those that it does not hold are passed over (written
@@ -70,5 +71,7 @@ class KRAddressBook : public KRObject {
  private:
   KRString ID_;
   KRString name_;
+  /// Whether the list may hold persons that another book has taken over.
+  bool hasLostPersons_ = false;
   KRPersonIDs IDs_;
 };

@@ -102,6 +102,22 @@ TEST(KRAddressBook, TakesOverAPersonOfAnotherBook) {
   EXPECT_EQ(person->addressBookID(), "book-2");
 }
 
+TEST(KRAddressBook, HoldsAPersonOnceThatComesBack) {
+  const auto first = newBook();
+  const auto second = krMake<KRAddressBook>("book-2"_kr, "Work"_kr);
+  const auto person = first->newPerson();
+  second->addPerson(person.get());
+  first->addPerson(person.get());
+  EXPECT_EQ(first->allPersonsCount(), 1U);
+  EXPECT_EQ(person->addressBookID(), "book-1");
+  second->addPerson(person.get());
+  second->removePersons(KRPersonArray(person));
+  EXPECT_EQ(second->allPersonsCount(), 0U);
+  first->addPerson(person.get());
+  EXPECT_EQ(first->allPersonsCount(), 1U);
+  EXPECT_EQ(person->addressBookID(), "book-1");
+}
+
 TEST(KRAddressBook, HoldsPersonsOfEveryKind) {
   const auto book = newBook();
   const auto host = krMake<HostPerson>();
