@@ -61,13 +61,9 @@ void KRVCardLines::start(std::string_view text, bool isWhole, size_t firstNumber
   position_ = text.data();
   end_ = text.data() + text.size();
   isWhole_ = isWhole;
+  returnsEnd_ = nullptr;
   returnsEndLines_ = true;
   number_ = firstNumber;
-}
-
-void KRVCardLines::rewind(const char* position, size_t number) noexcept {
-  position_ = position;
-  number_ = number;
 }
 
 bool KRVCardLines::isReturnALineEnd(const char* after) const noexcept {
@@ -96,12 +92,13 @@ KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
     piece.next = scan.end + 1;
     if (*scan.end == '\n') return piece;
     // Any number of carriage returns before a line feed make one line end with it.
-    const char* after = piece.next;
+    const char* after = std::max(piece.next, returnsEnd_);
     while (after != end_ && *after == '\r') ++after;
     if (after != end_ && *after == '\n') {
       piece.next = after + 1;
       return piece;
     }
+    returnsEnd_ = after;
     const auto behind = static_cast<size_t>(end_ - piece.next);
     if (!isWhole_ && (after == end_ || (!returnsEndLines_ && behind < kLongestPropertyStart))) {
       piece.isCut = true;

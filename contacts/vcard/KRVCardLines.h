@@ -53,8 +53,6 @@ class KRVCardLines {
   const char* position() const noexcept { return position_; }
   size_t number() const noexcept { return number_; }
   const char* end() const noexcept { return end_; }
-  /// Goes back to the start of a line that was given before.
-  void rewind(const char* position, size_t number) noexcept;
 
  private:
   /// One line of the text: its content, and where the next begins.
@@ -84,6 +82,8 @@ class KRVCardLines {
 
   const char* position_ = nullptr;
   const char* end_ = nullptr;
+  /// Where the carriage returns end that were looked at last and are not followed by a line feed.
+  const char* returnsEnd_ = nullptr;
   bool isWhole_ = true;
   bool returnsEndLines_ = true;
   bool endedWithReturn_ = false;

@@ -9,6 +9,9 @@
 
 namespace {
 
+/// More types than this are not told apart.
+constexpr size_t kMostTypes = 32;
+
 /// Types that say nothing about where or how a contact is reached.
 bool isSilent(std::string_view type) noexcept {
   constexpr std::string_view kSilent[] = {"pref", "internet", "dom", "intl", "postal", "parcel"};
@@ -144,7 +147,9 @@ class Reading {
     } else if (lowered == "cell") {
       lowered = "mobile";
     }
-    if (lowered.empty() || std::find(types_.begin(), types_.end(), lowered) != types_.end()) return;
+    if (lowered.empty() || types_.size() == kMostTypes ||
+        std::find(types_.begin(), types_.end(), lowered) != types_.end())
+      return;
     types_.push_back(lowered);
   }
 

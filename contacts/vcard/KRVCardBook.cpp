@@ -1,0 +1,89 @@
+#include "contacts/vcard/KRVCardBook.h"
+
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "platform/KRFileReader.h"
+
+namespace {
+
+constexpr size_t kPiece = size_t{1} << 20U;
+
+/// Whether the bytes hold anything but white space and byte-order marks.
+bool isBlank(std::string_view bytes) noexcept {
+  return bytes.find_first_not_of(std::string_view(" \t\r\n\0\xEF\xBB\xBF\xFE\xFF", 10)) == std::string_view::npos;
+}
+
+}  // namespace
+
+KRString KRVCardBook::IDForFile(KRText path) {
+  std::error_code error;
+  const std::filesystem::path whole = std::filesystem::absolute(std::filesystem::path(path.view()), error);
+  const std::string text = error ? std::string(path.view()) : whole.lexically_normal().string();
+  return KRString("vcard:" + text);
+}
+
+KRString KRVCardBook::nameForFile(KRText path) {
+  return KRString(std::filesystem::path(path.view()).filename().string());
+}
+
+KRResult<KRRef<KRVCardBook>> KRVCardBook::open(KRText path, const KRVCardNoteSink& notes) {
+  auto book = krMake<KRVCardBook>(IDForFile(path), nameForFile(path));
+  const KRResult<Summary> read = book->addFile(path, notes);
+  if (!read) return read.error();
+  return book;
+}
+
+KRVCardReader::PersonSink KRVCardBook::sink() {
+  // The person is new, so there is no need to look whether it is there already.
+  return [this](KRRef<ABPerson> person) {
+    person->setAddressBook(this);
+    persons_.append(person.get());
+  };
+}
+
+KRVCardBook::Summary KRVCardBook::summaryOf(const KRVCardReader& reader, bool isEmpty) {
+  const KRVCardReader::Counts& counts = reader.counts();
+  last_ = {counts.persons, counts.lostCards,  counts.groups,         counts.notes,
+           isEmpty,        reader.encoding(), reader.legacyCharset()};
+  return last_;
+}
+
+KRVCardBook::Summary KRVCardBook::addBytes(std::string_view bytes, const KRVCardNoteSink& notes) {
+  KRVCardReader reader(sink(), notes);
+  reader.read(bytes);
+  return summaryOf(reader, isBlank(bytes));
+}
+
+KRResult<KRVCardBook::Summary> KRVCardBook::addFrom(KRFileReader& file, const KRVCardNoteSink& notes) {
+  KRVCardReader reader(sink(), notes);
+  const auto piece = std::make_unique<char[]>(kPiece);
+  bool isEmpty = true;
+  while (true) {
+    const KRResult<size_t> count = file.read(piece.get(), kPiece);
+    if (!count) {
+      summaryOf(reader, isEmpty);
+      return count.error();
+    }
+    const std::string_view bytes(piece.get(), *count);
+    isEmpty = isEmpty && isBlank(bytes);
+    reader.feed(bytes);
+    if (*count < kPiece) break;
+  }
+  reader.finish();
+  return summaryOf(reader, isEmpty);
+}
+
+KRResult<KRVCardBook::Summary> KRVCardBook::addFile(KRText path, const KRVCardNoteSink& notes) {
+  KRResult<KRFileReader> file = KRFileReader::open(path);
+  if (!file) return file.error();
+  KRResult<Summary> read = addFrom(*file, notes);
+  if (!read) return KRError{read.error().code, read.error().sentence + " " + std::string(nameForFile(path).view())};
+  return read;
+}
+
+KRResult<KRVCardBook::Summary> KRVCardBook::addStandardInput(const KRVCardNoteSink& notes) {
+  KRFileReader file = KRFileReader::standardInput();
+  return addFrom(file, notes);
+}
