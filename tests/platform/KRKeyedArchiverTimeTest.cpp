@@ -1,0 +1,69 @@
+// Twice the objects may take twice the time, not four times.
+#include <gtest/gtest.h>
+#include <time.h>
+
+#include <algorithm>
+
+#include "tests/support/KRArchivedNode.h"
+
+namespace {
+
+/// Objects with texts of their own, in lists of ten, so that many records of every kind are written.
+KRRef<KRValueList> manyObjects(int count) {
+  const auto all = krMake<KRValueList>();
+  const auto shared = krMake<KRArchivedNode>("shared"_kr);
+  KRRef<KRValueList> group;
+  for (int i = 0; i < count; ++i) {
+    if (i % 10 == 0) {
+      group = krMake<KRValueList>();
+      all->values().push_back(group);
+    }
+    const auto node = krMake<KRArchivedNode>(KRString("name " + std::to_string(i)));
+    node->number = i;
+    node->value = shared;
+    group->values().push_back(node);
+  }
+  return all;
+}
+
+/// The processor time of this process, so that what else the machine does does not count.
+double processorSeconds() {
+  timespec time = {};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+struct Times {
+  double write = 1e9;
+  double read = 1e9;
+};
+
+/// The best of some runs: the time without what disturbed the others.
+Times timesFor(int count) {
+  Times best;
+  const auto objects = manyObjects(count);
+  for (int run = 0; run < 3; ++run) {
+    const double start = processorSeconds();
+    const std::string archive = KRKeyedArchiver::archivedData(objects);
+    const double written = processorSeconds();
+    const auto read = KRKeyedUnarchiver::unarchive(archive, KRArchivedNode::classes());
+    const double end = processorSeconds();
+    EXPECT_TRUE(read && read->isEqual(objects));
+    best.write = std::min(best.write, written - start);
+    best.read = std::min(best.read, end - written);
+  }
+  return best;
+}
+
+TEST(KRKeyedArchiverTime, IsLinearInTheNumberOfObjects) {
+  const Times first = timesFor(50000);
+  const Times second = timesFor(100000);
+  const Times third = timesFor(200000);
+  // Caches and the growth of tables make doubling cost up to about 2.5 times; a quadratic step would cost four.
+  EXPECT_LT(third.write / first.write, 10) << first.write << " " << second.write << " " << third.write;
+  EXPECT_LT(third.read / first.read, 10) << first.read << " " << second.read << " " << third.read;
+  RecordProperty("write", std::to_string(third.write));
+  RecordProperty("read", std::to_string(third.read));
+}
+
+}  // namespace
