@@ -31,7 +31,7 @@ bool isContainer(uint64_t kind) {
 }  // namespace
 
 KRBinaryPlistWriter::KRBinaryPlistWriter(const KRBinaryPlist& list)
-    : list_(list), numbers_(list.values_.size(), KRBinaryPlist::kNone), table_(16, KRBinaryPlist::kNone) {}
+    : list_(list), numbers_(list.values_.size(), KRBinaryPlist::kNone) {}
 
 std::string KRBinaryPlistWriter::write() {
   if (list_.root_ >= list_.values_.size()) return {};
@@ -81,26 +81,21 @@ void KRBinaryPlistWriter::numberLinks(const Value& value) {
 KRBinaryPlist::Node KRBinaryPlistWriter::representative(Node node) {
   const Value& value = list_.values_[node];
   if (isContainer(value.kind)) return node;
-  if ((tableUsed_ + 1) * 2 > table_.size()) growTable();
-  size_t place = hash(value) & (table_.size() - 1);
-  while (table_[place] != KRBinaryPlist::kNone) {
-    if (isSame(list_.values_[table_[place]], value)) return table_[place];
-    place = (place + 1) & (table_.size() - 1);
+  if (value.kind == static_cast<uint8_t>(Kind::Uid) && value.bits < list_.values_.size()) {
+    return representativeOfUid(node, value.bits);
   }
-  table_[place] = node;
-  ++tableUsed_;
+  const uint64_t valueHash = hash(value);
+  const Node known = scalars_.find(valueHash, [&](Node other) { return isSame(list_.values_[other], value); });
+  if (known != KRHashIndex::kNone) return known;
+  scalars_.add(valueHash, node);
   return node;
 }
 
-void KRBinaryPlistWriter::growTable() {
-  std::vector<Node> former(table_.size() * 2, KRBinaryPlist::kNone);
-  former.swap(table_);
-  for (const Node node : former) {
-    if (node == KRBinaryPlist::kNone) continue;
-    size_t place = hash(list_.values_[node]) & (table_.size() - 1);
-    while (table_[place] != KRBinaryPlist::kNone) place = (place + 1) & (table_.size() - 1);
-    table_[place] = node;
-  }
+KRBinaryPlist::Node KRBinaryPlistWriter::representativeOfUid(Node node, uint64_t uid) {
+  if (uid >= uids_.size()) uids_.resize(static_cast<size_t>(uid) + 1, KRBinaryPlist::kNone);
+  Node& first = uids_[static_cast<size_t>(uid)];
+  if (first == KRBinaryPlist::kNone) first = node;
+  return first;
 }
 
 uint64_t KRBinaryPlistWriter::hash(const Value& value) const {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/KRBinaryPlist.h"
+#include "platform/KRHashIndex.h"
 
 /// Writes the binary form of one property list; a part of `KRBinaryPlist`, which is what callers use.
 ///
@@ -24,7 +25,7 @@ class KRBinaryPlistWriter {
   void numberLinks(const Value& value);
   /// The value that stands for all equal scalars; containers stand for themselves.
   Node representative(Node node);
-  void growTable();
+  Node representativeOfUid(Node node, uint64_t uid);
   uint64_t hash(const Value& value) const;
   bool isSame(const Value& a, const Value& b) const;
 
@@ -40,9 +41,10 @@ class KRBinaryPlistWriter {
   std::vector<Node> numbers_;
   /// The values in the order of their numbers.
   std::vector<Node> order_;
-  /// Open addressing over scalars; its size is a power of two.
-  std::vector<Node> table_;
-  size_t tableUsed_ = 0;
+  /// The scalars that have a number.
+  KRHashIndex scalars_;
+  /// The same for references, which in archives are many and small: by the place that they refer to.
+  std::vector<Node> uids_;
   unsigned referenceSize_ = 1;
   std::string bytes_;
 };

@@ -2,12 +2,12 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <time.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 #include "platform/KRDescriptor.h"
@@ -182,7 +182,7 @@ KRResult<void> KRFilePreferences::setAside() const {
   const std::string dated = former + ".damaged-" + nowInUtc();
   std::string name = dated;
   for (int number = 2; exists(name); ++number) name = dated + "-" + std::to_string(number);
-  if (rename(former.c_str(), name.c_str()) != 0) return KRFile::systemError(errno, "put aside", path_);
+  if (std::rename(former.c_str(), name.c_str()) != 0) return KRFile::systemError(errno, "put aside", path_);
   return {};
 }
 

@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "platform/KRArchiveFormat.h"
+#include "platform/KRHash.h"
 
 namespace format = KRArchiveFormat;
 
@@ -55,11 +56,7 @@ uint32_t KRKeyedArchiver::newPlace(Node node) {
 uint32_t KRKeyedArchiver::place(const KRValue& value) {
   if (KRObject* object = value.object()) return placeOfObject(object);
   if (const KRDate* date = value.asDate()) return placeOfDate(*date);
-  if (const KRString* text = value.asText()) {
-    const auto [found, isNew] = placeOfText_.try_emplace(*text, 0);
-    if (isNew) found->second = newPlace(plist_.addText(*text));
-    return found->second;
-  }
+  if (const KRString* text = value.asText()) return placeOfText(*text);
   if (const bool* truth = value.asTruth()) {
     uint32_t& known = placeOfTruth_[*truth ? 1 : 0];
     if (known == 0) known = newPlace(plist_.addTruth(*truth));
@@ -79,13 +76,24 @@ uint32_t KRKeyedArchiver::place(const KRValue& value) {
 }
 
 uint32_t KRKeyedArchiver::placeOfObject(KRObject* object) {
-  const auto found = placeOfObject_.find(object);
-  if (found != placeOfObject_.end()) return found->second;
+  const uint64_t hash = krHashBytes(&object, sizeof object);
+  const uint32_t known = queueIndex_.find(hash, [&](uint32_t number) { return queue_[number].object.get() == object; });
+  if (known != KRHashIndex::kNone) return queue_[known].place;
   KRRef<KRObject> kept(object);
   if (!canArchive(kept)) return 0;
   const uint32_t place = newPlace(KRBinaryPlist::kNone);
-  placeOfObject_.emplace(object, place);
+  queueIndex_.add(hash, static_cast<uint32_t>(queue_.size()));
   queue_.push_back({std::move(kept), place});
+  return place;
+}
+
+uint32_t KRKeyedArchiver::placeOfText(KRText text) {
+  const uint64_t hash = text.hash();
+  const uint32_t known =
+      textIndex_.find(hash, [&](uint32_t place) { return plist_.text(objects_[place]).view() == text.view(); });
+  if (known != KRHashIndex::kNone) return known;
+  const uint32_t place = newPlace(plist_.addText(text));
+  textIndex_.add(hash, place);
   return place;
 }
 
@@ -177,7 +185,11 @@ void KRKeyedArchiver::encodeNumber(double value, KRText forKey) {
 }
 
 KRBinaryPlist::Node KRKeyedArchiver::reference(const KRValue& value) {
-  return plist_.addUid(place(value));
+  const uint32_t to = place(value);
+  if (to >= references_.size()) references_.resize(objects_.size(), KRBinaryPlist::kNone);
+  Node& known = references_[to];
+  if (known == KRBinaryPlist::kNone) known = plist_.addUid(to);
+  return known;
 }
 
 KRBinaryPlist::Node KRKeyedArchiver::fieldKey(KRText key) {

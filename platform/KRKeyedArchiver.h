@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/KRBinaryPlist.h"
+#include "platform/KRHashIndex.h"
 #include "platform/KRValue.h"
 
 /// Writes values and the objects that they refer to into a keyed archive: a binary property list with the entries
@@ -54,6 +55,7 @@ class KRKeyedArchiver {
   uint32_t place(const KRValue& value);
   uint32_t placeOfObject(KRObject* object);
   uint32_t placeOfDate(const KRDate& date);
+  uint32_t placeOfText(KRText text);
   /// The place of the record of a class; `base` stands between it and the root class, or is nothing.
   uint32_t placeOfClass(KRText name, KRText base);
   uint32_t newPlace(Node node);
@@ -77,8 +79,11 @@ class KRKeyedArchiver {
   std::vector<Node> objects_;
   /// All objects met, in the order in which their bodies are written.
   std::vector<Kept> queue_;
-  std::unordered_map<const KRObject*, uint32_t> placeOfObject_;
-  std::unordered_map<KRString, uint32_t, KRTextHash, KRTextEqual> placeOfText_;
+  /// Finds the objects in the queue, and texts by their places.
+  KRHashIndex queueIndex_;
+  KRHashIndex textIndex_;
+  /// The reference to each place, made when it is first referred to.
+  std::vector<Node> references_;
   std::unordered_map<KRString, uint32_t, KRTextHash, KRTextEqual> placeOfClass_;
   std::unordered_map<KRString, Node, KRTextHash, KRTextEqual> keys_;
   std::unordered_map<int64_t, uint32_t> placeOfWhole_;
