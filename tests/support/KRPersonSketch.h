@@ -5,15 +5,16 @@
 #include <vector>
 
 #include "contacts/KRTempPerson.h"
+#include "contacts/model/ABPerson.h"
 #include "contacts/model/KRObjectEmail.h"
 #include "contacts/model/KRObjectPersonName.h"
 #include "contacts/model/KRObjectPhone.h"
 #include "tests/support/KRHostPerson.h"
 
 /// Every kind of person that rules must treat alike.
-using KRPersonKinds = testing::Types<KRHostPerson, KRTempPerson>;
+using KRPersonKinds = testing::Types<KRHostPerson, KRTempPerson, ABPerson>;
 /// Those for which setting a value of nothing clears the property.
-using KRClearingPersonKinds = testing::Types<KRHostPerson>;
+using KRClearingPersonKinds = testing::Types<KRHostPerson, ABPerson>;
 
 /// What a test says about a person; what it leaves out, the person does not hold.
 struct KRPersonSketch {
