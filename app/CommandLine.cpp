@@ -36,6 +36,12 @@ std::string helpOf(const CLI::App& app) {
   return chosen.empty() ? HelpText::of(&app) : helpOf(*chosen.front());
 }
 
+/// The words that ask for the page of the command that was begun.
+std::string helpWords(const CLI::App& app) {
+  const std::vector<CLI::App*> chosen = app.get_subcommands();
+  return "krcontacts " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help";
+}
+
 int parseAndRun(Terminal& terminal, int argc, char** argv) {
   CLI::App app("Finds what is wrong in an address book", "krcontacts");
   app.formatter(std::make_shared<HelpText::Formatter>());
@@ -52,8 +58,7 @@ int parseAndRun(Terminal& terminal, int argc, char** argv) {
     terminal.out().finish();
     return ExitCode::Done;
   } catch (const CLI::ParseError& error) {
-    terminal.say(error.what());
-    terminal.say("\"krcontacts --help\" tells what can be asked for");
+    terminal.say(std::string(error.what()) + " (\"" + helpWords(app) + "\" tells what can be asked for)");
     return ExitCode::Unusable;
   }
 

@@ -14,13 +14,13 @@ constexpr Page kPages[] = {
      R"(krcontacts - finds what is wrong in an address book
 
 Usage:
-  krcontacts scan FILE...       show the issues in vCard files
-  krcontacts issues             show, or choose, the issues that a scan looks for
-  krcontacts settings           show, or change, what counts as an issue
-  krcontacts properties         show the properties that a contact can hold
+  krcontacts scan FILE...    show the issues in vCard files
+  krcontacts issues          show, or choose, the issues that a scan looks for
+  krcontacts settings        show, or change, what counts as an issue
+  krcontacts properties      show the properties that a contact can hold
 
-  krcontacts COMMAND --help     what a command can do
-  krcontacts --version          the version of the program and its library
+  krcontacts COMMAND --help  what a command can do
+  krcontacts --version       the version of the program and its library
 
 The result goes to standard output, everything else to standard error.
 
@@ -31,7 +31,7 @@ Exit codes:
   130  interrupted with Ctrl-C
 
 Environment:
-  KRCONTACTS_HOME         a folder that holds all of this program's files, instead
+  KRCONTACTS_HOME         a folder that holds all files of this program, instead
                           of those in the XDG base directories
   LC_ALL, LC_MESSAGES, LANG
                           the language of issue names (English, French), and the
@@ -59,8 +59,8 @@ What to show:
   --verbose                every finding, every contact in it, and the line and
                            reason of every contact that could not be read
   --json                   one JSON document with every finding
-  --events                 one JSON line for each step of the scan: its start, its
-                           progress, and at its end the document of --json
+  --events                 one JSON line for each step of the scan: its start,
+                           its progress, and its end with the document of --json
   --no-progress            no progress bar
 
   --exit-code              exit with 1 when there are findings
@@ -108,18 +108,18 @@ Usage:
   krcontacts settings set WHAT VALUE...     have exactly these values
   krcontacts settings add WHAT VALUE...     have these values too
   krcontacts settings remove WHAT VALUE...  no longer have these values
-  krcontacts settings reset [WHAT]          go back to what came with the program
+  krcontacts settings reset [WHAT]          go back to what they were at first
   krcontacts settings export [FILE]         write all settings as JSON
   krcontacts settings import FILE           take settings from such a file
 
 WHAT is one of
-  duplicate-names   the parts of a name that are compared when looking for contacts
-                    with the same name: first, middle, last
+  duplicate-names   the parts of a name that are compared when looking for
+                    contacts with the same name: first, middle, last
   prefixes          the name prefixes that count as usual, such as Dr
   suffixes          the name suffixes that count as usual, such as Jr
 
-Prefixes and suffixes are compared letter for letter: "Dr" is not "Dr.". FILE may
-be "-" for standard output or standard input.
+Prefixes and suffixes are compared letter for letter: "Dr" is not "Dr.". FILE
+may be "-" for standard output or standard input.
 
   --json      one JSON document
   -h, --help  this page

@@ -117,8 +117,8 @@ IssuesCommand::IssuesCommand(CLI::App& app)
       reset_(words_->add_subcommand("reset")) {
   words_->add_flag("--json", json_);
   words_->require_subcommand(0, 1);
-  use_->add_option("names", names_)->required()->type_name("NAME");
-  drop_->add_option("names", names_)->required()->type_name("NAME");
+  use_->add_option("NAME", names_)->required();
+  drop_->add_option("NAME", names_)->required();
 }
 
 bool IssuesCommand::isChosen() const {

@@ -57,15 +57,21 @@ KRStringList namesOf(const Issues& issues) {
   return names;
 }
 
+/// What is wrong with a count of findings as it stands on the command line; nothing when it is one.
+std::string checkedCount(const std::string& text) {
+  const bool isCount = !text.empty() && text.size() < 19 && text.find_first_not_of("0123456789") == std::string::npos;
+  return isCount ? std::string() : "\"" + text + "\" is not a whole number";
+}
+
 }  // namespace
 
 ScanCommand::ScanCommand(CLI::App& app) : words_(app.add_subcommand("scan")) {
-  words_->add_option("files", options_.files)->required()->type_name("FILE");
+  words_->add_option("FILE", options_.files)->required();
   issuesOption_ = words_->add_option("--issues", options_.issues)->allow_extra_args(false);
   words_->add_flag("--all-issues", options_.allIssues)->excludes(issuesOption_);
   words_->add_flag("--json", options_.json);
   words_->add_flag("--events", options_.events);
-  words_->add_option("--limit", options_.limit);
+  words_->add_option("--limit", options_.limit)->check(checkedCount);
   words_->add_flag("--verbose", options_.verbose);
   words_->add_flag("--no-progress", options_.noProgress);
   words_->add_flag("--exit-code", options_.exitCode);
@@ -97,7 +103,7 @@ int ScanCommand::run(Terminal& terminal) {
       json.endDocument();
     } else {
       const size_t all = static_cast<size_t>(-1);
-      const size_t limit = options_.limit.value_or(options_.verbose ? all : kFindings);
+      const size_t limit = options_.limit ? static_cast<size_t>(*options_.limit) : options_.verbose ? all : kFindings;
       ScanReport(terminal, issues, limit, options_.verbose).print(*result);
     }
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,7 +18,7 @@ struct ScanOptions {
   bool verbose = false;
   bool noProgress = false;
   bool exitCode = false;
-  std::optional<size_t> limit;
+  std::optional<int64_t> limit;
 };
 
 /// `krcontacts scan`: opens files as one address book, runs the find control over it and shows what it found.

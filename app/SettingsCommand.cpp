@@ -102,15 +102,15 @@ SettingsCommand::SettingsCommand(CLI::App& app)
       import_(words_->add_subcommand("import")) {
   words_->add_flag("--json", json_);
   words_->require_subcommand(0, 1);
-  export_->add_option("file", file_)->type_name("FILE");
-  import_->add_option("file", file_)->type_name("FILE")->required();
+  export_->add_option("FILE", file_);
+  import_->add_option("FILE", file_)->required();
 }
 
 CLI::App* SettingsCommand::addVerb(const char* name, bool needsWhat, bool takesValues) {
   CLI::App* verb = words_->add_subcommand(name);
   verb->fallthrough();
-  verb->add_option("what", what_)->type_name("WHAT")->required(needsWhat);
-  if (takesValues) verb->add_option("values", values_)->type_name("VALUE")->required();
+  verb->add_option("WHAT", what_)->required(needsWhat);
+  if (takesValues) verb->add_option("VALUE", values_)->required();
   return verb;
 }
 

@@ -63,6 +63,7 @@ def card_and_contact(index, dice):
     contact = contract.Contact(f"random-{index}")
     contact.is_organization = dice.random() < 0.15
     lines = []
+    meaning = {}  # line -> the list that its value belongs to, and the value
     if dice.random() < 0.5:
         contact.company = dice.choice(COMPANIES + FULL)
         lines.append("ORG:" + escaped(contact.company) + dice.choice(("", ";Department", ";")))
@@ -79,13 +80,15 @@ def card_and_contact(index, dice):
     if contact.is_organization:
         lines.append("X-ABShowAs:COMPANY")
     for _ in range(dice.choice((0, 1, 1, 2, 3))):
-        contact.phones.append(dice.choice(PHONES))
-        lines.append(dice.choice(("TEL:", "TEL;TYPE=CELL:", "item1.TEL;TYPE=HOME,VOICE:")) + escaped(contact.phones[-1]))
+        phone = dice.choice(PHONES)
+        lines.append(dice.choice(("TEL:", "TEL;TYPE=CELL:", "item1.TEL;TYPE=HOME,VOICE:")) + escaped(phone))
+        meaning[lines[-1]] = (contact.phones, phone)
     if dice.random() < 0.1:
         lines.append("TEL;TYPE=WORK:")
     for _ in range(dice.choice((0, 0, 1, 1, 2))):
-        contact.emails.append(dice.choice(EMAILS))
-        lines.append(dice.choice(("EMAIL:", "EMAIL;TYPE=INTERNET:")) + escaped(contact.emails[-1]))
+        email = dice.choice(EMAILS)
+        lines.append(dice.choice(("EMAIL:", "EMAIL;TYPE=INTERNET:")) + escaped(email))
+        meaning[lines[-1]] = (contact.emails, email)
     if dice.random() < 0.1:
         lines.append("EMAIL:")
     lines += name_lines(contact, dice)
@@ -93,6 +96,10 @@ def card_and_contact(index, dice):
     if dice.random() < 0.2:
         lines.append("X-UNKNOWN;P=1:whatever\\, you like")
     dice.shuffle(lines)
+    for line in lines:
+        if line in meaning:
+            values, value = meaning[line]
+            values.append(value)
     text = "\r\n".join(folded(line, dice) for line in ["BEGIN:VCARD", "VERSION:3.0", *lines, "END:VCARD"])
     return text + "\r\n", contact
 

@@ -6,7 +6,8 @@ import subprocess
 
 import host
 
-BOOK = host.card("N:Doe;Jane;;;", "FN:Jane Doe", "TEL:123", "NOTE:x")
+BOOK = host.card("N:;Jane;;;", "FN:Jane", "TEL:123", "NOTE:x")
+NAMES = ("--issues", "incomplete-name")
 
 
 class Program(host.HostTest):
@@ -51,11 +52,12 @@ class Program(host.HostTest):
             result = self.run_host(*words, code=2)
             self.assertEqual("", result.out, words)
             self.assertTrue(result.err.startswith("krcontacts: "), result.err)
+            self.assertEqual(1, result.err.count("\n"))
 
     def test_a_full_disk_is_reported(self):
         book = self.write("a.vcf", BOOK * 2000)
-        for words in (["scan", book], ["scan", "--json", book], ["scan", "--events", book], ["properties", "--json"],
-                      ["--version"], ["--help"], ["issues"], ["settings", "export"]):
+        for words in (["scan", *NAMES, book], ["scan", *NAMES, "--json", book], ["scan", *NAMES, "--events", book],
+                      ["properties", "--json"], ["--version"], ["--help"], ["issues"], ["settings", "export"]):
             with open("/dev/full", "wb") as full:
                 done = subprocess.run([host.PROGRAM, *map(os.fspath, words)], stdout=full, stderr=subprocess.PIPE,
                                       env=self.environment(), timeout=host.TIMEOUT)
@@ -64,7 +66,8 @@ class Program(host.HostTest):
 
     def test_a_reader_that_goes_away_ends_it_quietly(self):
         book = self.write("a.vcf", BOOK * 20000)
-        for words in (["scan", "--verbose", book], ["scan", "--json", book], ["scan", "--events", book]):
+        for words in (["scan", *NAMES, "--verbose", book], ["scan", *NAMES, "--json", book],
+                      ["scan", *NAMES, "--events", book]):
             process = subprocess.Popen([host.PROGRAM, *map(os.fspath, words)], stdout=subprocess.PIPE,
                                        stderr=subprocess.PIPE, env=self.environment())
             process.stdout.read(10)

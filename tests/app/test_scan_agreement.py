@@ -46,7 +46,7 @@ class Agreement(host.HostTest):
             for issue in contract.SINGLE_FIELD:
                 with self.subTest(seed=seed, issue=issue):
                     wanted = expected(issue, contacts)
-                    self.assertGreater(sum(wanted.values()), 100, "the random books are too tame")
+                    self.assertGreater(sum(wanted.values()), 50, "the random books are too tame")
                     got = found(contexts[issue])
                     self.assertEqual([], sorted((wanted - got).elements())[:3], "missing")
                     self.assertEqual([], sorted((got - wanted).elements())[:3], "too many")
@@ -61,7 +61,7 @@ class Agreement(host.HostTest):
                 names = [person["showName"].lower() for person in names
                          if re.fullmatch(r"[ -Za-z{-~]*", person["showName"])
                          and not contacts[person["index"]].is_organization]
-                self.assertGreater(len(set(names)), 20)
+                self.assertGreater(len(set(names)), 5)
                 self.assertEqual(sorted(names), names, (seed, context["issue"]))
 
     def test_contexts_stand_in_the_order_of_the_catalogue(self):
