@@ -13,7 +13,7 @@
 /// How deep lists and maps may stand in one another, and how many values one value may hold in all. A value of this
 /// kind is a setting; what is larger is a damaged file or a mistake.
 inline constexpr int kKRDeepestPlistValue = 400;
-inline constexpr int64_t kKRLargestPlistValue = int64_t{1} << 24;
+inline constexpr int64_t kKRLargestPlistValue = int64_t{1} << 20;
 
 /// The value at the node; nothing when it is null, holds what values have no kind for (a reference), or is beyond the
 /// limits. Whole numbers above the largest `int64_t` become numbers. Lists and maps are the caller's own.

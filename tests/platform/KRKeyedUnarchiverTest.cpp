@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
 #include "tests/support/KRArchivedNode.h"
+#include "tests/support/KRTestFolder.h"
 
 namespace {
 
@@ -324,5 +329,39 @@ TEST(KRKeyedUnarchiver, SurvivesEveryCutAndEveryFlippedBit) {
   EXPECT_GT(good, 0U);
   EXPECT_LT(good, whole.size() * 4);
 }
+
+/// An archive of the test data, the text of what is in it beside it where it is a good one.
+class KRKeyedUnarchiverData : public testing::TestWithParam<std::string> {};
+
+std::vector<std::string> archivesOfTheData() {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(KR_TEST_DATA_DIR "/archive")) {
+    if (entry.path().extension() == ".plist") names.push_back(entry.path().stem().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+TEST_P(KRKeyedUnarchiverData, ReadsAsItsNameAndItsTextSay) {
+  const std::string path = KR_TEST_DATA_DIR "/archive/" + GetParam();
+  const std::string archive = KRTestFolder::contentOf(path + ".plist");
+  const auto value = KRKeyedUnarchiver::unarchive(archive, KRArchivedNode::classes());
+  if (GetParam().starts_with("damaged-")) {
+    EXPECT_FALSE(value);
+    return;
+  }
+  ASSERT_TRUE(value);
+  EXPECT_EQ(std::string(value->description().view()) + "\n", KRTestFolder::contentOf(path + ".txt"));
+  // What we wrote once, we write again byte for byte.
+  if (GetParam() == "good-every-kind") {
+    EXPECT_TRUE(KRKeyedArchiver::archivedData(*value) == archive);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Data, KRKeyedUnarchiverData, testing::ValuesIn(archivesOfTheData()), [](const auto& info) {
+  std::string name = info.param;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+});
 
 }  // namespace

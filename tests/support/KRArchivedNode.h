@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <utility>
 
 #include "platform/KRKeyedArchiver.h"
@@ -42,6 +43,10 @@ class KRArchivedNode : public KRObject {
            node->weight == weight && node->value.isEqual(value);
   }
   uint64_t hash() const override { return name.hash(); }
+  KRString description() const override {
+    return krConcat({name, "#", KRString(std::to_string(number)), flag ? "+" : "-", KRString(std::to_string(weight)),
+                     "=", value.description()});
+  }
 
   KRString name;
   int64_t number = 0;
