@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "app/DisplayWidthTable.h"
+#include "platform/KRString.h"
 #include "platform/KRText.h"
 
 namespace {
@@ -45,7 +46,10 @@ size_t displayWidth(std::string_view text) {
   return width;
 }
 
-std::string shownText(std::string_view text) {
+std::string shownText(std::string_view given) {
+  // Names of files and words of the command line are bytes that may be anything.
+  const std::string wellFormed = krIsWellFormed(given) ? std::string() : krWellFormed(given);
+  const std::string_view text = wellFormed.empty() ? given : std::string_view(wellFormed);
   std::string result;
   result.reserve(text.size());
   for (size_t position = 0; position < text.size();) {

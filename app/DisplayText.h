@@ -5,14 +5,15 @@
 #include <string_view>
 #include <vector>
 
-// Text as it stands on a screen of fixed-width cells. All texts are UTF-8.
+// Text as it stands on a screen of fixed-width cells. All texts are well-formed UTF-8 but where it is said otherwise.
 
 /// The cells that the text takes: two for a wide character (Chinese, Japanese, Korean, most emoji), none for a
 /// combining mark, one for any other.
 size_t displayWidth(std::string_view text);
 
 /// The text with everything escaped that could move the cursor, start a terminal sequence or turn the direction of
-/// writing: "\n", "\t", "\x1B", "\u202E". Other characters stay as they are.
+/// writing: "\n", "\t", "\x1B", "\u202E". Other characters stay as they are. The text may be any bytes: what is not
+/// well-formed shows as U+FFFD.
 std::string shownText(std::string_view text);
 
 /// The text cut to at most `width` cells, with "…" at the end when something is missing.

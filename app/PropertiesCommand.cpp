@@ -68,11 +68,11 @@ void writeDocument(Output& out) {
 }
 
 void printTable(Terminal& terminal) {
-  Table table({"Property", "Name", "Holds"});
+  Table table({"Property", "Name", "Holds"}, Table::Cells::Words);
   table.addRule();
   for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
     table.addRow({shownText(property->displayName().view()), std::string(property->name().view()),
-                  property->isMultiple() ? "any number: " + typeName(property->subValueType())
+                  property->isMultiple() ? typeName(property->subValueType()) + ", any number"
                                          : typeName(property->valueType())});
   }
   table.print(terminal);

@@ -59,7 +59,7 @@ void ScanReport::print(KRIssueFindResult& result) const {
 }
 
 void ScanReport::printSummary(KRIssueFindResult& result) const {
-  Table table({"Issue", "Findings", "Contacts"});
+  Table table({"Issue", "Findings", "Contacts"}, Table::Cells::Figures);
   table.addRule();
   size_t findings = 0;
   PersonSet touched;

@@ -14,7 +14,7 @@ class NameParts : public Setting {
  public:
   std::string_view word() const override { return "duplicate-names"; }
   std::string_view key() const override { return "duplicateNameParts"; }
-  std::string_view title() const override { return "Names are the same when these are"; }
+  std::string_view title() const override { return "Name parts compared for duplicate names"; }
 
   TextList values() const override {
     TextList parts;

@@ -18,7 +18,7 @@ std::string repeated(std::string_view piece, size_t count) {
 
 }  // namespace
 
-Table::Table(std::vector<std::string> headings) {
+Table::Table(std::vector<std::string> headings, Cells cells) : cells_(cells) {
   rows_.push_back({std::move(headings), Style::Faint});
 }
 
@@ -61,7 +61,11 @@ void Table::printRow(Terminal& terminal, const Row& row, const std::vector<size_
     if (i + 1 == lines.size()) {
       text += padding(lines[i], widths[0]);
       for (size_t column = 1; column < row.cells.size(); ++column) {
-        text += std::string(kGap, ' ') + padding(row.cells[column], widths[column]) + row.cells[column];
+        const std::string& cell = row.cells[column];
+        const std::string room = padding(cell, widths[column]);
+        const bool isLast = column + 1 == row.cells.size();
+        text += std::string(kGap, ' ');
+        text += cells_ == Cells::Figures ? room + cell : isLast ? cell : cell + room;
       }
     }
     terminal.line(margin + terminal.styled(row.style, text));

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The program as a whole: help, version, and how it ends."""
 import os
+import pty
 import signal
 import subprocess
 
@@ -111,6 +112,22 @@ class Program(host.HostTest):
         process.stdin.flush()
         self.assertEqual("krcontacts: interrupted\n", self.interrupted(process))
 
+    def test_an_interrupt_takes_the_progress_bar_away(self):
+        main, side = pty.openpty()
+        process = subprocess.Popen([host.PROGRAM, "scan", "-"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+                                   stderr=side, env=self.environment())
+        os.close(side)
+        seen = b""
+        while b"Reading standard input" not in seen:
+            seen += os.read(main, 1000)
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(130, process.wait(timeout=host.TIMEOUT))
+        process.stdin.close()
+        while not seen.endswith(b"interrupted\r\n"):
+            seen += os.read(main, 1000)
+        os.close(main)
+        self.assertTrue(seen.endswith(b"\r\x1b[Kkrcontacts: interrupted\r\n"), seen)
+
     def test_no_file_appears_outside_its_home(self):
         book = self.write("books/a.vcf", BOOK)
         elsewhere = self.folder / "elsewhere"
@@ -126,6 +143,16 @@ class Program(host.HostTest):
         result = self.run_host("scan", "\x1b]0;owned\x07.vcf", code=2)
         self.assertNotIn("\x1b", result.err)
         self.assertIn(r"\x1B]0;owned\x07.vcf", result.err)
+
+    def test_names_that_are_no_text_are_told_too(self):
+        for name in (b"\xff\xfe.vcf", b"cut\xe4\xb8.vcf", b"end\xf0\x9f"):
+            self.assertIn("\ufffd", self.run_host("scan", name, code=2).err)
+            (self.folder / os.fsdecode(name)).with_suffix(".vcf").write_text(BOOK)
+        document = self.run_host("scan", "--json", *NAMES, b"cut\xe4\xb8.vcf").json()
+        self.assertEqual("cut\ufffd.vcf", document["addressBook"]["name"])
+        for words in (["scan", "--issues", b"\xf0"], ["issues", "use", b"\xe4\xb8"], ["settings", "set", b"\xf0", "x"],
+                      ["settings", "remove", "prefixes", b"x\xf0"], [b"\xf0"]):
+            self.assertIn("\ufffd", self.run_host(*words, *(["a.vcf"] if words[0] == "scan" else []), code=2).err)
 
 
 if __name__ == "__main__":

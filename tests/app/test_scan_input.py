@@ -127,6 +127,13 @@ class Input(host.HostTest):
             self.assertIn("incomplete-name, blank-name, ", result.err)
             self.assertNotIn("missing.vcf", result.err)
 
+    def test_chosen_issues_without_a_detector_are_named_in_one_line(self):
+        rows = self.run_host("issues", "--json").json()["issues"]
+        result = self.run_host("scan", "--json", "--all-issues", self.write("a.vcf", ANN))
+        missing = [row["shortName"] for row in rows if row["issue"] not in result.json()["issues"]]
+        line = "krcontacts: not scanned for, since there is no detector yet: " + ", ".join(missing) + "\n"
+        self.assertEqual(line if missing else "", result.err)
+
     def test_choosing_issues_for_a_scan_changes_nothing_stored(self):
         path = self.write("a.vcf", ANN)
         for words in (NAMES, ("--all-issues",)):
