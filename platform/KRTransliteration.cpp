@@ -25,8 +25,8 @@ struct Traits {
 constexpr auto kAsciiTraits = [] {
   std::array<Traits, 128> table = {};
   for (size_t c = 'A'; c <= 'Z'; ++c) table[c].isLetter = table[c + 32].isLetter = true;
-  for (const char c : std::string_view(".,:;?!)]}")) table[static_cast<size_t>(c)].setsOffLetter = true;
-  for (const char c : std::string_view("([{")) table[static_cast<size_t>(c)].isSetOff = true;
+  for (const char c : std::string_view(".,:;?!)]}")) table[static_cast<unsigned char>(c)].setsOffLetter = true;
+  for (const char c : std::string_view("([{")) table[static_cast<unsigned char>(c)].isSetOff = true;
   return table;
 }();
 
@@ -67,13 +67,13 @@ char upperAscii(char c) noexcept {
 KRString fromAscii(std::string_view text) {
   size_t size = text.size();
   Spacing counting;
-  for (const char c : text) size += static_cast<size_t>(counting.before(kAsciiTraits[static_cast<size_t>(c)]));
+  for (const char c : text) size += static_cast<size_t>(counting.before(kAsciiTraits[static_cast<unsigned char>(c)]));
   if (size == 0) return ""_kr;
   KRSlab* slab = KRSlab::create(static_cast<uint32_t>(size));
   char* place = slab->bytes();
   Spacing spacing;
   for (const char c : text) {
-    if (spacing.before(kAsciiTraits[static_cast<size_t>(c)])) *place++ = ' ';
+    if (spacing.before(kAsciiTraits[static_cast<unsigned char>(c)])) *place++ = ' ';
     *place++ = upperAscii(c);
   }
   KRString result = KRString::slice(slab, 0, static_cast<uint32_t>(size));

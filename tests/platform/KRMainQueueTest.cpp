@@ -97,6 +97,7 @@ TEST_F(KRMainQueueTest, EachThreadsOrderIsKept) {
     inside.fetch_sub(1);
   });
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&, thread] {
       for (int call = 0; call < kCalls; ++call) {
