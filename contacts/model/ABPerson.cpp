@@ -106,10 +106,10 @@ KRValue entryValue(const KRCardRecord& record, int32_t type, const KRCardRow& en
 KRRef<KRStoredValue> multipleValue(const KRCardRecord& record, const KRProperty& property) {
   auto multiple = krMake<KRMutableMultipleValue>();
   forRows(record, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow> details) {
-    if ((entry.detail & KRCardRow::kMain) != 0) multiple->setMainIndex(multiple->count());
     KRValue value = entryValue(record, property.subValueType(), entry, details);
     multiple->addValue(
         krMake<KRMutableSingleValue>(std::move(value), labelObject(record, entry), property.subValueType()));
+    if ((entry.detail & KRCardRow::kMain) != 0) multiple->setMainIndex(multiple->count() - 1);
     return true;
   });
   return multiple;

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The card with its folds undone and its line ends as line feeds.
+/// The card with its folds undone and its line ends as line feeds, without those behind the last line.
 std::string unfolded(std::string_view card) {
   std::string text;
   text.reserve(card.size() + 16);
@@ -27,6 +27,7 @@ std::string unfolded(std::string_view card) {
       text.push_back('\n');
     }
   }
+  while (!text.empty() && text.back() == '\n') text.pop_back();
   return text;
 }
 

@@ -94,6 +94,10 @@ KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
     // Any number of carriage returns before a line feed make one line end with it.
     const char* after = std::max(piece.next, returnsEnd_);
     while (after != end_ && *after == '\r') ++after;
+    if (isWhole_ && after == end_) {
+      piece.next = end_;
+      return piece;
+    }
     if (after != end_ && *after == '\n') {
       piece.next = after + 1;
       return piece;
