@@ -1,22 +1,14 @@
 #include "issues/KRIssueContext.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 #include "handles/KRIssueHandle.h"
 #include "issues/KRIssueFindResult.h"
+#include "issues/KRPlaceTable.h"
 #include "platform/KRCaseFolding.h"
 #include "platform/KRFatal.h"
 
 namespace {
-
-struct PersonHash {
-  size_t operator()(const IKRPerson* person) const { return person->hash(); }
-};
-struct PersonEqual {
-  bool operator()(const IKRPerson* a, const IKRPerson* b) const { return krEqualObjects(a, b); }
-};
-using PersonSet = std::unordered_set<const IKRPerson*, PersonHash, PersonEqual>;
 
 /// What a finding is sorted by, worked out once: the name without its case, and the first bytes of it as a number, so
 /// that most comparisons need not look at the text.
@@ -86,13 +78,21 @@ void KRIssueContext::removeIssueObject(KRIssueObject* object) {
 KRPersonArray KRIssueContext::allPersons() {
   if (const auto known = allArray_.get()) return *known;
   std::vector<IKRPerson*> all;
-  PersonSet seen;
+  KRPlaceTable places;
+  const auto isListed = [&](const IKRPerson* person) {
+    const auto isIt = [&](uint32_t place) { return krEqualObjects(all[place], person); };
+    return places.find(person->hash(), isIt) != KRPlaceTable::kNone;
+  };
   for (const KRIssueObject& object : objects_) {
     const KRPersonArray persons = object.persons();
     const size_t before = all.size();
-    std::copy_if(persons.begin(), persons.end(), std::back_inserter(all),
-                 [&](const IKRPerson* person) { return !seen.contains(person); });
-    seen.insert(all.begin() + static_cast<std::ptrdiff_t>(before), all.end());
+    for (IKRPerson* person : persons) {
+      if (!isListed(person)) all.push_back(person);
+    }
+    // Only now, so that a person listed twice inside this finding stays twice.
+    for (size_t i = before; i < all.size(); ++i) {
+      if (!isListed(all[i])) places.add(all[i]->hash(), static_cast<uint32_t>(i));
+    }
   }
   const KRPersonArray array{std::span<IKRPerson* const>(all)};
   allArray_.set(array);

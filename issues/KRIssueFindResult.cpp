@@ -50,11 +50,11 @@ void KRIssueFindResult::addObjectForPerson(KRIssueObject* object, const IKRPerso
 }
 
 void KRIssueFindResult::removeObject(KRIssueObject* object, const KRString& byPersonAddress) {
-  if (auto* objects = index_->find(byPersonAddress)) objects->remove(object);
+  index_->remove(object, byPersonAddress);
 }
 
 void KRIssueFindResult::removeObjectForPerson(KRIssueObject* object, const IKRPerson* person) {
-  if (auto* objects = index_->find(person)) objects->remove(object);
+  index_->remove(object, person);
 }
 
 KRList<KRIssueObject>* KRIssueFindResult::issueObjectByPerson(const KRString& personAddress) {

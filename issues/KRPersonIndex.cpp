@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <optional>
+#include <utility>
 
 #include "platform/KRHash.h"
 
@@ -26,40 +27,65 @@ KRList<KRIssueObject>* unlessEmpty(KRList<KRIssueObject>& list) noexcept {
   return list.isEmpty() ? nullptr : &list;
 }
 
+uint64_t hashOf(int64_t key) noexcept {
+  return krHashMix(krHashSeed(), static_cast<uint64_t>(key));
+}
+
 void addOnce(KRList<KRIssueObject>& list, KRIssueObject* object) {
   if (!list.contains(object)) list.append(object);
 }
 
 }  // namespace
 
-size_t KRPersonIndex::cellOf(int64_t key) const noexcept {
-  const size_t mask = cells_.size() - 1;
-  size_t cell = krHashMix(krHashSeed(), static_cast<uint64_t>(key)) & mask;
-  while (cells_[cell] != kFree && entries_[cells_[cell]].key != key) cell = (cell + 1) & mask;
-  return cell;
-}
-
-void KRPersonIndex::grow() {
-  cells_.assign(cells_.empty() ? 16 : cells_.size() * 2, kFree);
-  for (size_t number = 0; number < entries_.size(); ++number) {
-    cells_[cellOf(entries_[number].key)] = static_cast<Cell>(number);
+KRPersonIndex::~KRPersonIndex() {
+  if (owner_.diesWithGroup()) return;
+  for (const Entry& entry : entries_) {
+    if (entry.only != nullptr) owner_.endReference(entry.only);
   }
 }
 
-KRList<KRIssueObject>* KRPersonIndex::findNumber(int64_t key) noexcept {
-  if (cells_.empty()) return nullptr;
-  const Cell number = cells_[cellOf(key)];
-  return number == kFree ? nullptr : unlessEmpty(entries_[number].objects);
+KRPersonIndex::Entry* KRPersonIndex::entryOf(int64_t key) {
+  const uint32_t place = places_.find(hashOf(key), [&](uint32_t at) { return entries_[at].key == key; });
+  return place == KRPlaceTable::kNone ? nullptr : &entries_[place];
 }
 
-KRList<KRIssueObject>& KRPersonIndex::listOfNumber(int64_t key) {
-  if ((entries_.size() + 1) * 4 > cells_.size() * 3) grow();
-  Cell& cell = cells_[cellOf(key)];
-  if (cell == kFree) {
-    cell = static_cast<Cell>(entries_.size());
-    entries_.emplace_back(owner_, key);
+/// The list of an entry that has at least one finding; made of the only one on the first request.
+KRPersonIndex::List* KRPersonIndex::listOf(Entry& entry) {
+  if (entry.only != nullptr) {
+    entry.list = &lists_.emplace_back(owner_);
+    entry.list->append(entry.only);
+    owner_.endReference(std::exchange(entry.only, nullptr));
   }
-  return entries_[cell].objects;
+  return entry.list;
+}
+
+KRPersonIndex::List* KRPersonIndex::findNumber(int64_t key) {
+  Entry* entry = entryOf(key);
+  List* list = entry != nullptr ? listOf(*entry) : nullptr;
+  return list != nullptr ? unlessEmpty(*list) : nullptr;
+}
+
+void KRPersonIndex::addNumber(KRIssueObject* object, int64_t key) {
+  Entry* entry = entryOf(key);
+  if (entry == nullptr) {
+    places_.add(hashOf(key), static_cast<uint32_t>(entries_.size()));
+    entry = &entries_.emplace_back(Entry{key});
+  }
+  if (entry->only == object) return;
+  if (List* list = listOf(*entry)) return addOnce(*list, object);
+  owner_.beginReference(object);
+  entry->only = object;
+}
+
+void KRPersonIndex::removeNumber(const KRIssueObject* object, int64_t key) {
+  Entry* entry = entryOf(key);
+  if (entry == nullptr || object == nullptr) return;
+  if (entry->list != nullptr) {
+    entry->list->remove(object);
+  } else if (entry->only == object) {
+    entry->only = nullptr;
+    owner_.endReference(object);
+  }
 }
 
 KRList<KRIssueObject>* KRPersonIndex::find(const IKRPerson* person) {
@@ -73,11 +99,20 @@ KRList<KRIssueObject>* KRPersonIndex::find(KRText key) {
 }
 
 void KRPersonIndex::add(KRIssueObject* object, const IKRPerson* person) {
-  addOnce(listOfNumber(numberOf(person)), object);
+  addNumber(object, numberOf(person));
 }
 
 void KRPersonIndex::add(KRIssueObject* object, KRText key) {
   if (key.isNothing()) return;
-  if (const auto number = numberOf(key)) return addOnce(listOfNumber(*number), object);
+  if (const auto number = numberOf(key)) return addNumber(object, *number);
   addOnce(texts_.try_emplace(KRString(key), owner_).first->second, object);
+}
+
+void KRPersonIndex::remove(const KRIssueObject* object, const IKRPerson* person) {
+  removeNumber(object, numberOf(person));
+}
+
+void KRPersonIndex::remove(const KRIssueObject* object, KRText key) {
+  if (const auto number = numberOf(key)) return removeNumber(object, *number);
+  if (auto* list = find(key)) list->remove(object);
 }

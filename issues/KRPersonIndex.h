@@ -3,47 +3,56 @@
 #include <cstdint>
 #include <deque>
 #include <unordered_map>
-#include <vector>
 
 #include "issues/KRIssueObject.h"
+#include "issues/KRPlaceTable.h"
 #include "platform/KRList.h"
 #include "platform/KRString.h"
 
 /// The findings of each person: a table from person address key to a live list.
 ///
 /// Keys that are the text of a 64-bit number, as all keys of persons are, are kept as that number; whatever else a host
-/// makes up is kept as text. A person with findings costs about a hundred bytes. A key without findings counts as
-/// absent, but keeps its place for findings to come, so lists stay where they are as long as the index lives.
+/// makes up is kept as text. Most persons have one finding, and no list until somebody asks for it: about forty bytes a
+/// person, with a list about a hundred and fifty. A list stays where it is, and that of its key, as long as the index
+/// lives; a key without findings counts as absent.
 class KRPersonIndex {
  public:
-  /// The lists refer to their findings from inside the graph of `owner`, which the index is a part of.
+  /// The index refers to its findings from inside the graph of `owner`, which it is a part of.
   explicit KRPersonIndex(const KRGraphNode& owner) : owner_(owner) {}
+  ~KRPersonIndex();
+  KRPersonIndex(const KRPersonIndex&) = delete;
+  KRPersonIndex& operator=(const KRPersonIndex&) = delete;
 
   /// The list under the key, or nothing when it has no findings.
   KRList<KRIssueObject>* find(const IKRPerson* person);
   KRList<KRIssueObject>* find(KRText key);
 
-  /// Appends the finding to the key's list unless it is in it. A key of nothing is passed over.
+  /// Appends the finding to the key's findings unless it is among them. A key of nothing is passed over.
   void add(KRIssueObject* object, const IKRPerson* person);
   void add(KRIssueObject* object, KRText key);
 
- private:
-  struct Entry {
-    Entry(const KRGraphNode& owner, int64_t key) : key(key), objects(owner) {}
-    int64_t key;
-    KRList<KRIssueObject> objects;
-  };
-  using Cell = uint32_t;
-  static constexpr Cell kFree = 0xFFFFFFFFU;
+  /// Removes the finding from the key's findings, if it is among them. The finding may die of it.
+  void remove(const KRIssueObject* object, const IKRPerson* person);
+  void remove(const KRIssueObject* object, KRText key);
 
-  size_t cellOf(int64_t key) const noexcept;
-  void grow();
-  KRList<KRIssueObject>* findNumber(int64_t key) noexcept;
-  KRList<KRIssueObject>& listOfNumber(int64_t key);
+ private:
+  using List = KRList<KRIssueObject>;
+  /// At most one of both is there; neither when all findings were removed before anybody asked for the list.
+  struct Entry {
+    int64_t key;
+    KRIssueObject* only = nullptr;
+    List* list = nullptr;
+  };
+
+  Entry* entryOf(int64_t key);
+  List* listOf(Entry& entry);
+  List* findNumber(int64_t key);
+  void addNumber(KRIssueObject* object, int64_t key);
+  void removeNumber(const KRIssueObject* object, int64_t key);
 
   const KRGraphNode& owner_;
-  // Open addressing over the numbers of entries; nothing is ever taken out.
-  std::vector<Cell> cells_;
   std::deque<Entry> entries_;
-  std::unordered_map<KRString, KRList<KRIssueObject>, KRTextHash, KRTextEqual> texts_;
+  KRPlaceTable places_;
+  std::deque<List> lists_;
+  std::unordered_map<KRString, List, KRTextHash, KRTextEqual> texts_;
 };

@@ -161,6 +161,11 @@ void KRGraphNode::endReference(const KRGraphNode* target) const {
   if (target != this) graph.settle(this);
 }
 
+bool KRGraphNode::isReferredTo() const {
+  const Locked graph;
+  return incoming_ != 0;
+}
+
 void KRGraphNode::firstReference() const noexcept {
   const Locked graph;
   if (held_ || life_ != Life::Alive) return;

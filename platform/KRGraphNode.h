@@ -25,6 +25,13 @@ class KRGraphNode : public KRObject {
   /// be ended.
   bool diesWithGroup() const noexcept { return life_ == Life::DyingWithGroup; }
 
+  /// Whether another node, or this one, refers to this node from inside.
+  bool isReferredTo() const;
+
+  /// Nodes are compared by identity, always: lists rely on it.
+  bool isEqual(const KRObject* other) const final { return this == other; }
+  uint64_t hash() const final { return KRObject::hash(); }
+
   /// How many nodes exist in the process; for tests that show that nothing is left behind.
   static uint64_t liveCount() noexcept;
 

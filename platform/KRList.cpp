@@ -182,6 +182,8 @@ bool KRListCore::removeEqual(const KRObject* object) {
   for (size_t slot = findSlot(object); slot < slots_.size(); slot = findSlot(object)) {
     take(slot);
     any = true;
+    // A node that nothing refers to stands nowhere else in this list: no need to look, which would take an index.
+    if (owner_ != nullptr && !static_cast<const KRGraphNode*>(object)->isReferredTo()) break;
   }
   return any;
 }

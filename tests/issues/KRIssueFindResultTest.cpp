@@ -187,8 +187,13 @@ TEST(KRIssueFindResult, TheIndexAgreesWithASlowOne) {
       byText ? result->removeObject(finding, key(person)) : result->removeObjectForPerson(finding, person.get());
       if (found != expected.end()) expected.erase(found);
     }
+    // Not always, since asking makes the list.
+    if (random() % 200 != 0) continue;
     ASSERT_EQ(result->issueObjectsOfPerson(person.get()) == nullptr, expected.empty());
     ASSERT_EQ(krPlain(result->issueObjectByPerson(key(person))), expected);
+  }
+  for (const auto& person : persons) {
+    ASSERT_EQ(krPlain(result->issueObjectsOfPerson(person.get())), judge[person.get()]);
   }
 }
 
