@@ -62,6 +62,29 @@ TEST(KRList, RemovesEveryOccurrence) {
   EXPECT_FALSE(list.remove(nullptr));
 }
 
+class Owner : public KRGraphNode {
+ public:
+  KRList<Owner> down{*this};
+};
+
+TEST(KRList, RemovesEveryOccurrenceOfANodeAndNoOther) {
+  for (const int further : {0, 40}) {
+    const auto owner = krMake<Owner>();
+    const auto twice = krMake<Owner>();
+    const auto once = krMake<Owner>();
+    owner->down.append(twice);
+    owner->down.append(once);
+    for (int i = 0; i < further; ++i) owner->down.append(krMake<Owner>());
+    owner->down.append(twice);
+    EXPECT_TRUE(owner->down.remove(twice.get()));
+    EXPECT_FALSE(owner->down.contains(twice.get()));
+    EXPECT_FALSE(twice->isReferredTo());
+    EXPECT_TRUE(owner->down.remove(once.get()));
+    EXPECT_FALSE(owner->down.remove(once.get()));
+    EXPECT_EQ(owner->down.count(), static_cast<size_t>(further));
+  }
+}
+
 TEST(KRList, FindsByTheElementsOwnEquality) {
   KRList<Item> list;
   for (int i = 0; i < 100; ++i) list.append(krMake<AlikeItem>(i % 50));
