@@ -1,4 +1,4 @@
-// Twice the objects may take twice the time, not four times.
+// Four times the objects may take four times the time, not sixteen times.
 #include <gtest/gtest.h>
 #include <time.h>
 
@@ -48,7 +48,7 @@ Times timesFor(int count) {
     const double written = processorSeconds();
     const auto read = KRKeyedUnarchiver::unarchive(archive, KRArchivedNode::classes());
     const double end = processorSeconds();
-    EXPECT_TRUE(read && read->isEqual(objects));
+    EXPECT_TRUE(read && (run > 0 || read->isEqual(objects)));
     best.write = std::min(best.write, written - start);
     best.read = std::min(best.read, end - written);
   }
@@ -56,14 +56,13 @@ Times timesFor(int count) {
 }
 
 TEST(KRKeyedArchiverTime, IsLinearInTheNumberOfObjects) {
-  const Times first = timesFor(50000);
-  const Times second = timesFor(100000);
-  const Times third = timesFor(200000);
-  // Caches and the growth of tables make doubling cost up to about 2.5 times; a quadratic step would cost four.
-  EXPECT_LT(third.write / first.write, 10) << first.write << " " << second.write << " " << third.write;
-  EXPECT_LT(third.read / first.read, 10) << first.read << " " << second.read << " " << third.read;
-  RecordProperty("write", std::to_string(third.write));
-  RecordProperty("read", std::to_string(third.read));
+  const Times few = timesFor(50000);
+  const Times many = timesFor(200000);
+  // Caches make four times the objects cost up to about six times; a quadratic step would cost sixteen.
+  EXPECT_LT(many.write / few.write, 10) << few.write << " " << many.write;
+  EXPECT_LT(many.read / few.read, 10) << few.read << " " << many.read;
+  RecordProperty("write", std::to_string(many.write));
+  RecordProperty("read", std::to_string(many.read));
 }
 
 }  // namespace
