@@ -1,8 +1,11 @@
 #include "contacts/vcard/KRVCardIdentity.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <string>
+
+#include "contacts/vcard/KRVCardScan.h"
 
 namespace {
 
@@ -10,19 +13,16 @@ namespace {
 std::string unfolded(std::string_view card) {
   std::string text;
   text.reserve(card.size() + 16);
-  while (!card.empty()) {
-    const size_t end = card.find_first_of("\r\n");
-    if (end == std::string_view::npos) {
-      text.append(card);
-      break;
-    }
-    text.append(card.substr(0, end));
-    size_t next = end;
-    while (next < card.size() && card[next] == '\r') ++next;
-    if (next < card.size() && card[next] == '\n') ++next;
-    card.remove_prefix(next);
-    if (!card.empty() && (card[0] == ' ' || card[0] == '\t')) {
-      card.remove_prefix(1);
+  const char* at = card.data();
+  const char* const end = at + card.size();
+  while (at != end) {
+    const char* const lineEnd = krScanLine(at, end).end;
+    text.append(at, lineEnd);
+    at = lineEnd;
+    while (at != end && *at == '\r') ++at;
+    if (at != end && *at == '\n') ++at;
+    if (at != end && (*at == ' ' || *at == '\t')) {
+      ++at;
     } else {
       text.push_back('\n');
     }
@@ -33,23 +33,16 @@ std::string unfolded(std::string_view card) {
 
 /// The high and the low half of a product, folded together.
 uint64_t multiplyFold(uint64_t a, uint64_t b) noexcept {
-  const uint64_t aLow = a & 0xFFFFFFFFU;
-  const uint64_t aHigh = a >> 32U;
-  const uint64_t bLow = b & 0xFFFFFFFFU;
-  const uint64_t bHigh = b >> 32U;
-  const uint64_t low = aLow * bLow;
-  const uint64_t middle = aHigh * bLow + (low >> 32U);
-  const uint64_t cross = aLow * bHigh + (middle & 0xFFFFFFFFU);
-  const uint64_t high = aHigh * bHigh + (middle >> 32U) + (cross >> 32U);
-  return high ^ (cross << 32U | (low & 0xFFFFFFFFU));
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<uint64_t>(product >> 64U) ^ static_cast<uint64_t>(product);
 }
 
 /// Eight bytes as a number, the first the lowest; missing ones are zero.
 uint64_t wordAt(std::string_view text, size_t at) noexcept {
   uint64_t word = 0;
-  for (size_t i = 0; i < 8 && at + i < text.size(); ++i) {
-    word |= uint64_t{static_cast<unsigned char>(text[at + i])} << (8 * i);
-  }
+  const size_t size = std::min<size_t>(text.size() - at, 8);
+  for (size_t i = 0; i < size; ++i) word |= uint64_t{static_cast<unsigned char>(text[at + i])} << (8 * i);
   return word;
 }
 

@@ -91,6 +91,10 @@ KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
     }
     piece.next = scan.end + 1;
     if (*scan.end == '\n') return piece;
+    if (piece.next != end_ && *piece.next == '\n') {
+      ++piece.next;
+      return piece;
+    }
     // Any number of carriage returns before a line feed make one line end with it.
     const char* after = std::max(piece.next, returnsEnd_);
     while (after != end_ && *after == '\r') ++after;

@@ -298,9 +298,18 @@ const std::vector<KRCardDraft::Place>& KRVCardParser::split(char separator) {
     }
   }
   const bool hasEscapes = value.data() != line_->value.data() || (line_->flags & KRVCardScan::Backslash) != 0;
+  if (isWhole && !hasEscapes) {
+    // The parts are what stands between the separators.
+    const Place whole = draft_.place(value);
+    for (size_t at = 0; at <= value.size();) {
+      const size_t end = std::min(value.find(separator, at), value.size());
+      parts_.push_back(part(whole, at, end - at));
+      at = end + 1;
+    }
+    return parts_;
+  }
   for (size_t at = 0; at <= value.size();) {
-    const size_t end =
-        hasEscapes ? krFindUnescaped(value, separator, at) : std::min(value.find(separator, at), value.size());
+    const size_t end = krFindUnescaped(value, separator, at);
     const std::string_view raw = value.substr(at, end - at);
     parts_.push_back(isWhole ? undoEscapes(raw, Shape::Structured) : decode(raw, Shape::Structured));
     at = end + 1;
