@@ -76,7 +76,8 @@ uint32_t KRKeyedArchiver::place(const KRValue& value) {
 }
 
 uint32_t KRKeyedArchiver::placeOfObject(KRObject* object) {
-  const uint64_t hash = krHashBytes(&object, sizeof object);
+  const auto address = reinterpret_cast<uintptr_t>(object);
+  const uint64_t hash = krHashBytes(&address, sizeof address);
   const uint32_t known = queueIndex_.find(hash, [&](uint32_t number) { return queue_[number].object.get() == object; });
   if (known != KRHashIndex::kNone) return queue_[known].place;
   KRRef<KRObject> kept(object);

@@ -84,7 +84,9 @@ KRValue KRKeyedUnarchiver::decodePlace(uint64_t place) {
   }
   if (entry.state == State::Untouched) decodeEntry(first);
   expanded_ += entry.expanded;
-  if (expanded_ > largestExpanded_) return damaged();
+  height_ = std::max(height_, entry.height);
+  // What was decoded nearer to the root may stand too deep here.
+  if (expanded_ > largestExpanded_ || depth_ + entry.height > kDeepest) return damaged();
   return failed_ ? KRValue() : entry.value;
 }
 
@@ -105,11 +107,14 @@ void KRKeyedUnarchiver::decodeEntry(uint32_t place) {
   const Node outerRecord = std::exchange(record_, node);
   const uint32_t outerPlace = std::exchange(place_, place);
   const uint64_t outerExpanded = std::exchange(expanded_, 1);
+  const int outerHeight = std::exchange(height_, 0);
   KRValue value = decodeRecord(node);
   if (value.isNothing()) failed_ = true;
   entry.value = std::move(value);
   entry.expanded = expanded_;
+  entry.height = height_ + 1;
   entry.state = State::Done;
+  height_ = outerHeight;
   expanded_ = outerExpanded;
   place_ = outerPlace;
   record_ = outerRecord;

@@ -77,6 +77,8 @@ class KRKeyedUnarchiver {
     KRValue value;
     /// How many values it would be if nothing was shared.
     uint64_t expanded = 1;
+    /// How deep records stand in it, itself included.
+    int height = 0;
     State state = State::Untouched;
   };
 
@@ -119,6 +121,9 @@ class KRKeyedUnarchiver {
   uint64_t elementsLeft_;
   uint64_t expanded_ = 0;
   const uint64_t largestExpanded_;
+  /// How many records are being decoded around the present place, and how deep the deepest of those in the present one
+  /// stands.
   int depth_ = 0;
+  int height_ = 0;
   bool failed_ = false;
 };

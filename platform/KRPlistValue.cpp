@@ -1,7 +1,10 @@
 #include "platform/KRPlistValue.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <span>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -18,42 +21,72 @@ class Reader {
  public:
   explicit Reader(const KRBinaryPlist& plist) : plist_(plist) {}
 
-  KRValue value(Node node, int depth) {
-    if (--left_ < 0 || depth > kKRDeepestPlistValue) return {};
+  /// The value at the root, once it is known that it keeps within the limits.
+  KRValue read(Node root) {
+    const Extent extent = extentOf(root, 0);
+    return extent.size > kKRLargestPlistValue || extent.height > kKRDeepestPlistValue ? KRValue() : value(root);
+  }
+
+ private:
+  /// What a node is when nothing is shared.
+  struct Extent {
+    /// How many values, at most one more than the limit.
+    int64_t size = 1;
+    /// How deep the deepest container below the node is.
+    int height = 0;
+  };
+
+  /// Looks through each node once, and no deeper than the limit.
+  Extent extentOf(Node node, int depth) {
+    const auto known = extents_.find(node);
+    if (known != extents_.end()) return known->second;
+    Extent extent;
+    if (depth > kKRDeepestPlistValue) return {kKRLargestPlistValue + 1, extent.height};
+    for (const std::span<const Node> all : {plist_.elements(node), plist_.values(node)}) {
+      for (const Node each : all) {
+        const Extent part = extentOf(each, depth + 1);
+        extent.size = std::min(extent.size + part.size, kKRLargestPlistValue + 1);
+        extent.height = std::max(extent.height, part.height + 1);
+      }
+    }
+    extents_.emplace(node, extent);
+    return extent;
+  }
+
+  KRValue value(Node node) {
     switch (plist_.kind(node)) {
       case Kind::Array:
-        return list(node, depth + 1);
+        return list(node);
       case Kind::Dictionary:
-        return map(node, depth + 1);
+        return map(node);
       default:
         return krPlainValueOfPlist(plist_, node);
     }
   }
 
- private:
-  KRValue list(Node node, int depth) {
+  KRValue list(Node node) {
     std::vector<KRValue> values;
     for (const Node element : plist_.elements(node)) {
-      values.push_back(value(element, depth));
+      values.push_back(value(element));
       if (values.back().isNothing()) return {};
     }
     return krMake<KRValueList>(std::move(values));
   }
 
-  KRValue map(Node node, int depth) {
+  KRValue map(Node node) {
     std::vector<KRValueMap::Entry> entries;
     std::unordered_set<KRText, KRTextHash, KRTextEqual> known;
     for (size_t i = 0; i < plist_.keys(node).size(); ++i) {
       const KRText key = plist_.text(plist_.keys(node)[i]);
       if (!known.insert(key).second) continue;
-      entries.push_back({KRString(key), value(plist_.values(node)[i], depth)});
+      entries.push_back({KRString(key), value(plist_.values(node)[i])});
       if (entries.back().value.isNothing()) return {};
     }
     return krMake<KRValueMap>(std::move(entries));
   }
 
   const KRBinaryPlist& plist_;
-  int64_t left_ = kKRLargestPlistValue;
+  std::unordered_map<Node, Extent> extents_;
 };
 
 class Writer {
@@ -109,7 +142,7 @@ class Writer {
 }  // namespace
 
 KRValue krValueOfPlist(const KRBinaryPlist& plist, Node node) {
-  return Reader(plist).value(node, 0);
+  return Reader(plist).read(node);
 }
 
 KRValue krPlainValueOfPlist(const KRBinaryPlist& plist, Node node) {

@@ -258,6 +258,21 @@ TEST(KRKeyedUnarchiver, ReadsNestingUpToItsLimit) {
   EXPECT_EQ(build.described(addNested(build, 100000)), "damaged");
 }
 
+TEST(KRKeyedUnarchiver, CountsTheDepthOfSharedListsWhereTheyStand) {
+  // Each chain ends in the one before, which was decoded at the root: none is deep by itself, together they are.
+  Builder build;
+  const auto listClass = build.addClass({"NSArray", "NSObject"});
+  std::vector<uint32_t> chains = {addNested(build, 300)};
+  const auto chainUpon = [&](uint32_t list) {
+    for (int i = 0; i < 300; ++i) list = build.addRecord(listClass, {{"NS.objects", build.array({list})}});
+    return list;
+  };
+  for (int i = 0; i < 300; ++i) chains.push_back(chainUpon(chains.back()));
+  EXPECT_NE(build.described(build.addRecord(listClass, {{"NS.objects", build.array({chains[0], chains[0]})}})),
+            "damaged");
+  EXPECT_EQ(build.described(build.addRecord(listClass, {{"NS.objects", build.array(chains)}})), "damaged");
+}
+
 TEST(KRKeyedUnarchiver, RefusesListsThatWouldBeHugeWhenWrittenOut) {
   // Each list holds the next one twice: sixty of them would be 2^60 values for whoever compares or describes them.
   Builder build;

@@ -80,6 +80,18 @@ TEST(KRPlistValue, RefusesWhatIsTooDeepOrTooLarge) {
   EXPECT_FALSE(krAddToPlist(other, list));
 }
 
+TEST(KRPlistValue, CountsTheDepthOfSharedArraysWhereTheyStand) {
+  // The first element is just within the limit; the second holds it a hundred arrays deeper.
+  KRBinaryPlist plist;
+  auto node = plist.addArray({});
+  for (int i = 2; i < kKRDeepestPlistValue; ++i) node = plist.addArray({&node, 1});
+  auto deeper = node;
+  for (int i = 0; i < 100; ++i) deeper = plist.addArray({&deeper, 1});
+  const KRBinaryPlist::Node both[] = {node, deeper};
+  EXPECT_FALSE(krValueOfPlist(plist, plist.addArray({both, 1})).isNothing());
+  EXPECT_TRUE(krValueOfPlist(plist, plist.addArray(both)).isNothing());
+}
+
 TEST(KRPlistValue, ReadsTheFirstOfEqualKeys) {
   KRBinaryPlist plist;
   const KRBinaryPlist::Node keys[] = {plist.addText("k"), plist.addText("k")};
