@@ -51,7 +51,9 @@ struct KRListCore::Index {
   }
 };
 
-void KRListCore::IndexDeleter::operator()(Index* index) const noexcept { delete index; }
+void KRListCore::IndexDeleter::operator()(Index* index) const noexcept {
+  delete index;
+}
 
 KRListCore::~KRListCore() {
   if (owner_ != nullptr && owner_->diesWithGroup()) return;
