@@ -157,9 +157,9 @@ class Index {
     }
   }
 
-  /// The start and the end of the name tell nearly all names apart.
+  /// The start and, of a long name, the end tell nearly all names apart.
   static Key keyOf(std::string_view name) noexcept {
-    return {wordAt(name, 0), wordAt(name, name.size() > 8 ? name.size() - 8 : 0), name.size()};
+    return {wordAt(name, 0), name.size() > 8 ? wordAt(name, name.size() - 8) : 0, name.size()};
   }
 
   std::array<Slot, kSlots> slots_;
