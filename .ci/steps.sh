@@ -60,20 +60,30 @@ lint() {
 # Steps are functions called by name, which looks like dead code to the checker (SC2317).
 scripts() { shellcheck -x -e SC2317 run test tools/setup.sh tools/clean-root-check .ci/run .ci/night .ci/steps.sh; }
 
-# fuzz SECONDS: each fuzz program for its share of that time, from the test data and the examples.
-fuzz() {
-  local -a programs seeds=()
-  local program corpus folder
+# fuzz_briefly SECONDS: each fuzz program of the sanitized build for so long, from the test data and the examples; other
+# inputs for each commit, the same ones for the same commit.
+fuzz_briefly() {
+  local -a programs
+  local program
+  mapfile -t programs < <(find build/asan-ubsan/fuzz -maxdepth 1 -type f -perm -u+x | sort)
+  ((${#programs[@]} > 0))
+  for program in "${programs[@]}"; do
+    echo "$program"
+    "$program" --runs=1000000000 --seconds="$1" --seed="$(git rev-list --count HEAD)" tests/data examples
+  done
+}
+
+# fuzz_long SECONDS: each fuzz program, linked with libFuzzer, for its share of that time.
+fuzz_long() {
+  local -a programs
+  local program corpus
   preset fuzz
   mapfile -t programs < <(find build/fuzz/fuzz -maxdepth 1 -type f -perm -u+x | sort)
   ((${#programs[@]} > 0))
-  for folder in tests/data examples; do
-    [[ ! -d $folder ]] || seeds+=("$folder")
-  done
   for program in "${programs[@]}"; do
     corpus=build/fuzz/corpus/$(basename "$program")
     mkdir -p "$corpus"
     "$program" -max_total_time=$(($1 / ${#programs[@]} + 1)) -max_len=65536 -timeout=10 -rss_limit_mb=2048 \
-      -print_final_stats=1 -artifact_prefix="build/fuzz/" "$corpus" "${seeds[@]}"
+      -print_final_stats=1 -artifact_prefix="build/fuzz/" "$corpus" tests/data examples
   done
 }

@@ -1,15 +1,17 @@
 // A plain main for the fuzz programs, for builds without libFuzzer.
 //
-//   fuzz_x [--runs=N] [--seed=N] PATH...
+//   fuzz_x [--runs=N] [--seed=N] [--seconds=N] PATH...
 //
 // Gives every file (of every folder, however deep) to the fuzz function, then N inputs made from them by cutting,
-// doubling, joining and changing bytes. The same seed makes the same inputs on every machine. The number of an input is
-// written when the process is about to die, so that it can be made again.
+// doubling, joining and changing bytes; with --seconds no more than fit into that time. The same seed makes the same
+// inputs on every machine. The number of an input is written when the process is about to die, so that it can be made
+// again.
 #include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -145,14 +147,18 @@ void collect(const std::filesystem::path& path, std::vector<std::filesystem::pat
 int main(int argc, char** argv) {
   std::uint64_t runs = 0;
   std::uint64_t seed = 1;
+  std::uint64_t seconds = 0;
   std::vector<std::filesystem::path> files;
   for (int i = 1; i < argc; ++i) {
     const std::string_view argument = argv[i];
     if (argument.starts_with("--")) {
-      std::uint64_t* number = argument.starts_with("--runs=")   ? &runs
-                              : argument.starts_with("--seed=") ? &seed
-                                                                : nullptr;
-      if (number == nullptr || !readNumber(argument.substr(7), *number)) {
+      const std::size_t equals = std::min(argument.find('='), argument.size() - 1);
+      const std::string_view name = argument.substr(0, equals);
+      std::uint64_t* number = name == "--runs"      ? &runs
+                              : name == "--seed"    ? &seed
+                              : name == "--seconds" ? &seconds
+                                                    : nullptr;
+      if (number == nullptr || !readNumber(argument.substr(equals + 1), *number)) {
         std::fprintf(stderr, "fuzz: unknown argument %s\n", argv[i]);
         return 2;
       }
@@ -183,12 +189,14 @@ int main(int argc, char** argv) {
   }
 
   Random random(seed);
-  for (std::uint64_t run = 0; run < runs; ++run) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+  std::uint64_t run = 0;
+  for (; run < runs && (seconds == 0 || std::chrono::steady_clock::now() < end); ++run) {
     const std::string input = mutated(seeds, random);
     std::snprintf(currentInput, sizeof(currentInput), "made input %llu of seed %llu",
                   static_cast<unsigned long long>(run), static_cast<unsigned long long>(seed));
     runOne(input);
   }
-  std::printf("fuzz: %zu files and %llu made inputs\n", files.size(), static_cast<unsigned long long>(runs));
+  std::printf("fuzz: %zu files and %llu made inputs\n", files.size(), static_cast<unsigned long long>(run));
   return 0;
 }
