@@ -1,6 +1,7 @@
 #include "platform/KRKeyedArchiver.h"
 
 #include <gtest/gtest.h>
+#include <plist/plist.h>
 
 #include <cstdio>
 #include <random>
@@ -102,6 +103,24 @@ TEST(KRKeyedArchiver, LooksToOtherProgramsLikeAnyKeyedArchive) {
             "NSMutableArray>NSArray>NSObject{NS.objects=("
             "null s6e NSMutableDictionary>NSDictionary>NSObject{NS.keys=(s6b) NS.objects=(s76)} x64 "
             "KRDate>NSObject{day=i2 month=i3} t i7 r3fe0000000000000)} weight=r3fe0000000000000} #2)}");
+}
+
+TEST(KRKeyedArchiver, CanBeReadAfterAnotherLibraryHasCopiedTheArchive) {
+  const auto node = krMake<KRArchivedNode>("Grüße"_kr);
+  node->value = listOf({KRValue(), *KRDate::make(1990, 3, 2), krMake<KRData>("d"), KRValue::whole(-7), node->name});
+  const std::string archive = KRKeyedArchiver::archivedData(listOf({node, node}));
+  plist_t plist = nullptr;
+  plist_from_bin(archive.data(), static_cast<uint32_t>(archive.size()), &plist);
+  ASSERT_NE(plist, nullptr);
+  EXPECT_EQ(plist_get_node_type(plist_access_path(plist, 2, "$top", "root")), PLIST_UID);
+  char* bytes = nullptr;
+  uint32_t size = 0;
+  plist_to_bin(plist, &bytes, &size);
+  const auto read = KRKeyedUnarchiver::unarchive({bytes, size}, KRArchivedNode::classes());
+  plist_to_bin_free(bytes);
+  plist_free(plist);
+  ASSERT_TRUE(read);
+  EXPECT_TRUE(read->isEqual(listOf({node, node})));
 }
 
 TEST(KRKeyedArchiver, WritesTheTopAsTheFormatHasIt) {
