@@ -24,8 +24,9 @@ KRRef<KRIssueHandle> named(const KRString& name) {
 
 template <class Handle>
 bool isMadeFor(const KRString& name) {
-  const auto handle = named(name);
-  return typeid(*handle) == typeid(Handle) && handle->name() == name;
+  const auto made = named(name);
+  const KRIssueHandle& handle = *made;
+  return typeid(handle) == typeid(Handle) && handle.name() == name;
 }
 
 /// A base handle of that name: what it does about the result is told by the name alone.
