@@ -54,20 +54,29 @@ class KRGraphNode::Locked {
   Locked& operator=(const Locked&) = delete;
   ~Locked() {
     lock_.unlock();
-    // The one that dies by itself goes first: the group that it was in may be dying too, and its edges lead there.
-    delete alone_;
-    for (const KRGraphNode* node : dead_) delete node;
+    if (alone_ != nullptr || !dead_.empty()) destroyDead();
   }
 
   /// Settles a node after one of its counts fell.
   void settle(const KRGraphNode* node) {
     if (node->life_ != Life::Alive) return;
-    if (!node->held_ && node->incoming_ == 0) {
-      die(node);
-    } else if (node->incoming_ == 0 && node->outgoing_ == 0 && node->group_ != nullptr) {
-      leave(node);
-    } else if (node->group_ != nullptr && node->group_->held == 0) {
+    if (node->group_ != nullptr && node->group_->held == 0) {
       dieTogether(node->group_);
+    } else if (!node->held_ && node->incoming_ == 0) {
+      die(node);
+    } else if (node->incoming_ == 0 && node->outgoing_ == 0) {
+      leave(node);
+    }
+  }
+
+  void leave(const KRGraphNode* node) {
+    Group* group = node->group_;
+    if (group == nullptr) return;
+    group->remove(node);
+    if (group->size == 0) {
+      delete group;
+    } else if (group->held == 0) {
+      dieTogether(group);
     }
   }
 
@@ -98,20 +107,12 @@ class KRGraphNode::Locked {
   }
 
   void die(const KRGraphNode* node) {
-    if (node->group_ != nullptr) leave(node);
     node->life_ = Life::DyingAlone;
+    // Its references end one after the other while it is destroyed; until the last has ended it holds its group.
+    node->held_ = true;
+    if (node->group_ != nullptr) ++node->group_->held;
     // At most one: only the target of a reference that ended, or a node just let go, can die by itself.
     alone_ = node;
-  }
-
-  void leave(const KRGraphNode* node) {
-    Group* group = node->group_;
-    group->remove(node);
-    if (group->size == 0) {
-      delete group;
-    } else if (group->held == 0) {
-      dieTogether(group);
-    }
   }
 
   void dieTogether(Group* group) {
@@ -122,6 +123,24 @@ class KRGraphNode::Locked {
       dead_.push_back(node);
     }
     delete group;
+  }
+
+  /// Destroys the dead, and those that die of it: one after the other, not inside one another, so that a chain of any
+  /// length takes no more of the stack than one node.
+  void destroyDead() {
+    thread_local std::vector<const KRGraphNode*>* open = nullptr;
+    const bool isInside = open != nullptr;
+    std::vector<const KRGraphNode*>& queue = isInside ? *open : dead_;
+    if (isInside) queue.insert(queue.end(), dead_.begin(), dead_.end());
+    if (alone_ != nullptr) queue.push_back(alone_);
+    if (isInside) return;
+    open = &queue;
+    while (!queue.empty()) {
+      const KRGraphNode* node = queue.back();
+      queue.pop_back();
+      delete node;
+    }
+    open = nullptr;
   }
 
   std::unique_lock<std::mutex> lock_;
@@ -135,6 +154,10 @@ KRGraphNode::KRGraphNode() noexcept {
 }
 
 KRGraphNode::~KRGraphNode() {
+  if (life_ == Life::DyingAlone) {
+    Locked graph;
+    graph.leave(this);
+  }
   liveNodes.fetch_sub(1, std::memory_order_relaxed);
 }
 

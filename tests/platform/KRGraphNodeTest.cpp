@@ -140,6 +140,24 @@ TEST(KRGraphNode, AnEdgeMovedToAnotherTargetLetsTheOldOneGo) {
   EXPECT_EQ(nodes(), 1U);
 }
 
+// Former bugs.
+
+TEST(KRGraphNode, AGroupThatLosesItsHeldNodeToADyingOneIsThereUntilThatIsGone) {
+  const NodeCount nodes;
+  auto dying = krMake<Node>();
+  const auto held = krMake<Node>();
+  {
+    const auto loop = krMake<Node>();
+    child(*loop);
+    dying->down.append(held);
+    dying->down.append(loop);
+  }
+  // Its first reference that ends sets the held node free, and leaves the others without anyone who holds them.
+  dying = {};
+  EXPECT_EQ(nodes(), 1U);
+  EXPECT_FALSE(held->isReferredTo());
+}
+
 /// A node whose destructor reads what it refers to outside of the graph.
 class Witness : public KRObject {
  public:
@@ -197,6 +215,22 @@ TEST(KRGraphNode, ALongChainGoesWithItsLastReference) {
   }
   first = {};
   EXPECT_EQ(nodes(), 0U);
+}
+
+TEST(KRGraphNode, ALongChainCutFromAHeldNodeGoesWithoutEatingTheStack) {
+  const NodeCount nodes;
+  const auto root = krMake<Node>();
+  {
+    KRRef<Node> at = root;
+    for (int i = 0; i < 100'000; ++i) {
+      auto next = krMake<Node>();
+      at->up.set(*at, next.get());
+      at = next;
+    }
+  }
+  EXPECT_EQ(nodes(), 100'001U);
+  root->up.set(*root, nullptr);
+  EXPECT_EQ(nodes(), 1U);
 }
 
 /// What the rules promise, told plainly: nodes linked to each other (in either direction, over any number of links)
