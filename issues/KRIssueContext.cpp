@@ -94,7 +94,7 @@ KRPersonArray KRIssueContext::allPersons() {
       if (!isListed(all[i])) places.add(all[i]->hash(), static_cast<uint32_t>(i));
     }
   }
-  const KRPersonArray array{std::span<IKRPerson* const>(all)};
+  KRPersonArray array{std::span<IKRPerson* const>(all)};
   allArray_.set(array);
   return array;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "contacts/model/KRPropertyNames.h"
@@ -82,8 +83,8 @@ class KRProperty {
  private:
   friend struct KRPropertyTable;
   constexpr KRProperty(KROrdinal ordinal, KRString name, KRString constantName, int32_t valueType, int32_t subValueType)
-      : name_(name),
-        constantName_(constantName),
+      : name_(std::move(name)),
+        constantName_(std::move(constantName)),
         valueType_(valueType),
         subValueType_(subValueType),
         ordinal_(ordinal) {}

@@ -74,16 +74,15 @@ struct KREntryView {
 class KREntryVisitor {
  public:
   template <class Function>
-  requires(!std::is_same_v<std::remove_cvref_t<Function>, KREntryVisitor>) KREntryVisitor(Function&& function)
+  requires(!std::is_same_v<Function, KREntryVisitor>) KREntryVisitor(const Function& function)
   noexcept
-      : function_(const_cast<void*>(static_cast<const void*>(std::addressof(function)))),
-        call_([](void* object, const KREntryView& entry) -> bool {
-          return (*static_cast<std::remove_reference_t<Function>*>(object))(entry);
+      : function_(std::addressof(function)), call_([](const void* object, const KREntryView& entry) -> bool {
+          return (*static_cast<const Function*>(object))(entry);
         }) {}
 
   bool operator()(const KREntryView& entry) const { return call_(function_, entry); }
 
  private:
-  void* function_;
-  bool (*call_)(void*, const KREntryView&);
+  const void* function_;
+  bool (*call_)(const void*, const KREntryView&);
 };

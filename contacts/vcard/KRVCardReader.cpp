@@ -93,7 +93,7 @@ void KRVCardReader::read(std::string_view bytes) {
 }
 
 void KRVCardReader::read(std::string_view bytes, KRAddressBook& book, KRVCardNoteSink notes) {
-  KRVCardReader reader([&](KRRef<ABPerson> person) { book.addPerson(person.get()); }, std::move(notes));
+  KRVCardReader reader([&](const KRRef<ABPerson>& person) { book.addPerson(person.get()); }, std::move(notes));
   reader.read(bytes);
 }
 

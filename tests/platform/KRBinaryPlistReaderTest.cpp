@@ -6,8 +6,6 @@
 
 namespace {
 
-using KRPlistTrees::textOf;
-
 constexpr size_t kTrailer = 32;
 
 std::string object(std::initializer_list<int> bytes) {
