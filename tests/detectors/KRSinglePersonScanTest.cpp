@@ -2,8 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <random>
+#include <string>
+
 #include "detectors/KRIssueFindEmptyNote.h"
 #include "detectors/KRIssueFindInvalidCharset.h"
+#include "issues/KRIssueNames.h"
+#include "tests/support/KRAllowedLists.h"
 #include "tests/support/KRScan.h"
 
 namespace {
@@ -104,6 +109,70 @@ TEST(KRSinglePersonScanDeathTest, StopsWithoutAProgressCallback) {
   KRPersonList persons;
   persons.append(krPerson<KRHostPerson>({}));
   EXPECT_DEATH(detector.find(&persons, KRProgress()), "progress callback is required");
+}
+
+/// A card of lines that detectors look at, with texts that they find something in as often as not.
+std::string randomCard(std::mt19937& random) {
+  const auto pick = [&](std::initializer_list<const char*> texts) {
+    return std::string(texts.begin()[random() % texts.size()]);
+  };
+  const auto line = [&](const std::string& start, std::initializer_list<const char*> texts) {
+    return random() % 2 == 0 ? std::string() : start + pick(texts) + "\r\n";
+  };
+  std::string card = "BEGIN:VCARD\r\nVERSION:3.0\r\n";
+  card += "N:" + pick({"", "Lee", " ", "van Dam"}) + ";" + pick({"", "Ann", "Mary Ann", " ", "\u738B"}) + ";;" +
+          pick({"", "Dr.", "dr.", "Count"}) + ";" + pick({"", "Jr.", "III"}) + "\r\n";
+  card += line("X-ABShowAs:", {"COMPANY", "PERSON"}) + line("ORG:", {"", "Acme", " ", ";Sales"});
+  card += line("TITLE:", {"", "Clerk", " "}) + line("NICKNAME:", {"", " ", "   ", "Al", " Al"});
+  card += line("NOTE:", {"", " ", "\\n", "Likes tea."});
+  for (auto i = random() % 3; i > 0; --i) card += line("TEL:", {"", "555 1234", "555.1234", "12a", "\u4E30"});
+  for (auto i = random() % 3; i > 0; --i) card += line("EMAIL:", {"", "a@b", "a@@b", "bob"});
+  return card + "END:VCARD\r\n";
+}
+
+// What is read as views of a card against what a host's person answers that holds the values read from the same card.
+TEST(KRSinglePersonScan, FindsTheSameInCardsAndInTheValuesOfCards) {
+  const KRAllowedLists lists({.prefixes = {"Dr."_kr}, .suffixes = {"Jr."_kr}});
+  std::mt19937 random(7);
+  KRPersonList cards;
+  KRPersonList hosts;
+  for (int i = 0; i < 2000; ++i) {
+    const std::string text = randomCard(random);
+    const auto card = ABPerson::initWithVCardRepresentation(KRText(text));
+    const auto host = krMake<KRHostPerson>();
+    ASSERT_TRUE(card) << text;
+    cards.append(card.get());
+    hosts.append(host.get());
+  }
+  const auto find = [](const KRString& issueName, const KRPersonList& persons) {
+    const auto issue = krIssueNamed(issueName);
+    std::vector<std::string> found;
+    const auto context = KRIssueFind::issueFindWithIssue(issue.get())->find(&persons, [](double) {});
+    if (!context) return found;
+    size_t place = 0;
+    for (KRIssueObject& finding : context->issueObjects()) {
+      while (persons.at(place) != finding.persons().first()) ++place;
+      found.push_back(std::to_string(place) + ": " + std::string(finding.describe().view()) + " " +
+                      std::string(finding.info().description().view()));
+    }
+    return found;
+  };
+  const auto issueNames = {KRIssueIncompleteName, KRIssueInvalidCharacters,       KRIssueNoteWithSpacingOnly,
+                           KRIssueUnusualTitle,   KRIssueUnusualSuffix,           KRIssueSpacingInTheFirstName,
+                           KRIssueBlankName,      KRIssueNicknameWithSpacingOnly, KRIssueHasCompanyNameNoTitle};
+  std::vector<std::vector<std::string>> fromCards;
+  for (const KRString& issueName : issueNames) fromCards.push_back(find(issueName, cards));
+  // Only now, since a record that has handed out a stored value reads from that.
+  for (size_t i = 0; i < cards.count(); ++i) {
+    for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
+      hosts.at(i)->setValue(cards.at(i)->valueByProperty(property), property);
+    }
+  }
+  size_t row = 0;
+  for (const KRString& issueName : issueNames) {
+    EXPECT_FALSE(fromCards[row].empty()) << issueName.view();
+    EXPECT_EQ(fromCards[row++], find(issueName, hosts)) << issueName.view();
+  }
 }
 
 }  // namespace
