@@ -82,7 +82,7 @@ KRRef<KRIssueFindResult> ScanRun::withProgress(const KRRef<KRAddressBook>& book,
 
 KRRef<KRIssueFindResult> ScanRun::withEvents(const KRRef<KRAddressBook>& book, const KRStringList& scanned,
                                              Output& out) {
-  const KRRef<KRIssueFindResult> result = runAndWait(book, std::make_shared<EventListener>(out));
+  KRRef<KRIssueFindResult> result = runAndWait(book, std::make_shared<EventListener>(out));
   writeEvent(out, "end", [&](JsonWriter& json) {
     json.key("result");
     ScanDocument::write(json, *result, scanned);

@@ -45,7 +45,7 @@ void SettingsDocument::take(std::string_view document, const std::string& source
   std::vector<std::pair<const Setting*, TextList>> changes;
   for (const auto& [key, value] : json.items()) {
     const Setting* setting = settingWithKey(key);
-    if (setting == nullptr) throw Unusable(source + ": there is no setting \"" + key + "\"");
+    if (setting == nullptr) throw Unusable(std::string(source).append(": there is no setting \"").append(key) + "\"");
     changes.emplace_back(setting, textsOf(value, key, source));
     setting->check(changes.back().second);
   }
