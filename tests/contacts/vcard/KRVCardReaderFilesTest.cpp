@@ -104,6 +104,10 @@ TEST(KRVCardReaderFiles, TellsWhatItPassedOver) {
   EXPECT_EQ(read.summary.notes, 5U);
 }
 
+TEST(KRVCardReaderFiles, SaysNothingOfBlankLines) {
+  EXPECT_TRUE(krReadCards(" \n\t\n" + cardNamed("a") + "\n \n\n" + cardNamed("b") + " \n").notes.empty());
+}
+
 TEST(KRVCardReaderFiles, KeepsCardsInsideCardsOut) {
   const std::string inner = "BEGIN:VCARD\nN:inner\nTEL:2\nEND:VCARD\n";
   const std::vector<std::string> agents = {"AGENT:\n" + inner, "AGENT:BEGIN:VCARD\nN:inner\nTEL:2\nEND:VCARD\n",
