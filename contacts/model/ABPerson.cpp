@@ -1,15 +1,11 @@
 #include "contacts/model/ABPerson.h"
 
 #include <array>
-#include <cstdio>
 #include <memory>
-#include <random>
 #include <string>
 
 #include "contacts/model/KRAddressBook.h"
-#include "contacts/model/KRLabelTable.h"
-#include "contacts/model/KRObjectAddress.h"
-#include "contacts/model/KRObjectInstantMessage.h"
+#include "contacts/model/KRCardValues.h"
 #include "contacts/model/KRObjectPersonName.h"
 #include "contacts/vcard/KRVCardIdentity.h"
 #include "contacts/vcard/KRVCardReader.h"
@@ -26,109 +22,6 @@ constexpr uint8_t row(KROrdinal property) noexcept {
 
 constexpr uint32_t bit(KROrdinal property) noexcept {
   return 1U << row(property);
-}
-
-/// The date of a row, which holds the text form of one.
-KRValue dateOf(KRText text) {
-  const std::optional<KRDate> date = krParseCardDate(text.view());
-  return date ? KRValue(*date) : KRValue();
-}
-
-KRText labelOf(const KRCardRecord& record, const KRCardRow* entry) {
-  if (entry->label != 0) return KRLabelTable::name(entry->label);
-  const KRCardRow* end = record.rows().data() + record.rows().size();
-  for (const KRCardRow* detail = entry + 1; detail != end && detail->isDetail(); ++detail) {
-    if (detail->what == static_cast<uint8_t>(KRCardPart::LabelText)) return record.view(*detail);
-  }
-  return {};
-}
-
-/// Calls `visit(row, details)` for each row of a property until it answers false.
-template <class Visit>
-void forRows(const KRCardRecord& record, KROrdinal property, Visit visit) {
-  const KRCardRow* entry = record.find(row(property));
-  if (entry == nullptr) return;
-  const KRCardRow* end = record.rows().data() + record.rows().size();
-  while (entry != end && entry->what == row(property)) {
-    const KRCardRow* details = entry + 1;
-    const KRCardRow* next = details;
-    while (next != end && next->isDetail()) ++next;
-    if (!visit(*entry, std::span<const KRCardRow>(details, next))) return;
-    entry = next;
-  }
-}
-
-KRText serviceOf(const KRCardRecord& record, std::span<const KRCardRow> details) {
-  for (const KRCardRow& detail : details) {
-    if (detail.what != static_cast<uint8_t>(KRCardPart::AccountService)) continue;
-    return detail.label != 0 ? KRLabelTable::name(detail.label) : record.view(detail);
-  }
-  return {};
-}
-
-KRRef<KRLabel> labelObject(const KRCardRecord& record, const KRCardRow& entry) {
-  if (entry.label != 0) return KRLabelTable::label(entry.label);
-  const KRText name = labelOf(record, &entry);
-  return name.isNothing() ? KRRef<KRLabel>() : krMake<KRLabel>(KRString(name));
-}
-
-KRRef<KRObjectAddress> addressObject(const KRCardRecord& record, std::span<const KRCardRow> details) {
-  auto address = krMake<KRObjectAddress>();
-  for (const KRCardRow& detail : details) {
-    if (detail.what == static_cast<uint8_t>(KRCardPart::AddressCountryCode)) {
-      address->setCountryCode(record.text(detail));
-    } else if (detail.what == static_cast<uint8_t>(KRCardPart::AddressField)) {
-      address->setStringValue(record.text(detail), kKRAddressFieldNames[detail.detail]);
-    }
-  }
-  return address;
-}
-
-KRValue entryValue(const KRCardRecord& record, int32_t type, const KRCardRow& entry,
-                   std::span<const KRCardRow> details) {
-  switch (type) {
-    case KRValueType::Phone:
-      return krMake<KRObjectPhone>(record.text(entry));
-    case KRValueType::Email:
-      return krMake<KRObjectEmail>(record.text(entry));
-    case KRValueType::Address:
-      return addressObject(record, details);
-    case KRValueType::InstantMessage:
-      return krMake<KRObjectInstantMessage>(record.text(entry),
-                                            KRInstantMessageServer::serverWithName(serviceOf(record, details)));
-    case KRValueType::Date:
-      return dateOf(record.view(entry));
-    default:
-      return record.text(entry);
-  }
-}
-
-KRRef<KRStoredValue> multipleValue(const KRCardRecord& record, const KRProperty& property) {
-  auto multiple = krMake<KRMutableMultipleValue>();
-  forRows(record, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow> details) {
-    KRValue value = entryValue(record, property.subValueType(), entry, details);
-    multiple->addValue(
-        krMake<KRMutableSingleValue>(std::move(value), labelObject(record, entry), property.subValueType()));
-    if ((entry.detail & KRCardRow::kMain) != 0) multiple->setMainIndex(multiple->count() - 1);
-    return true;
-  });
-  return multiple;
-}
-
-KRString newIdentifier() {
-  static thread_local std::mt19937_64 random{[] {
-    std::random_device device;
-    return uint64_t{device()} << 32U | device();
-  }()};
-  char text[37];
-  const uint64_t high = random();
-  const uint64_t low = random();
-  // A random UUID (version 4): fixed bits in two places, the rest drawn.
-  std::snprintf(text, sizeof text, "%08x-%04x-4%03x-%04x-%012llx", static_cast<unsigned>(high >> 32U),
-                static_cast<unsigned>(high >> 16U & 0xFFFFU), static_cast<unsigned>(high & 0xFFFU),
-                static_cast<unsigned>((low >> 48U & 0x3FFFU) | 0x8000U),
-                static_cast<unsigned long long>(low & 0xFFFFFFFFFFFFULL));
-  return KRString::trusted(std::string_view(text, 36));
 }
 
 }  // namespace
@@ -163,7 +56,7 @@ struct ABPerson::Side {
 };
 
 ABPerson::ABPerson() {
-  side().ID = newIdentifier();
+  side().ID = KRPersonIDs::newIdentifier();
 }
 
 ABPerson::ABPerson(KRCardRecord record) noexcept : record_(std::move(record)) {}
@@ -272,14 +165,14 @@ KRRef<KRStoredValue> ABPerson::makeValue(const KRProperty& property) const {
   if (place == nullptr) return {};
   switch (property.valueType()) {
     case KRValueType::Multiple:
-      return multipleValue(record_, property);
+      return krMultipleValue(record_, property);
     case KRValueType::Date:
-      return single(dateOf(record_.view(*place)));
+      return single(krDateOf(record_.view(*place)));
     case KRValueType::Data:
       return single(imageData());
     case KRValueType::TextList: {
       KRStringList texts;
-      forRows(record_, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow>) {
+      krForRows(record_, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow>) {
         texts.push_back(record_.text(entry));
         return true;
       });
@@ -403,12 +296,12 @@ void ABPerson::readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visi
   if (!record_.has(row(property))) return;
   const KRProperty& descriptor = *KRProperty::propertyWithOrdinal(property);
   if (!descriptor.isMultiple() && descriptor.valueType() != KRValueType::TextList) return;
-  forRows(record_, property, [&](const KRCardRow& entry, std::span<const KRCardRow> details) {
+  krForRows(record_, property, [&](const KRCardRow& entry, std::span<const KRCardRow> details) {
     KREntryView view;
-    view.label = labelOf(record_, &entry);
+    view.label = krLabelOf(record_, entry);
     if (property != KROrdinal::Address) {
       view.text = record_.view(entry);
-      if (property == KROrdinal::InstantMessage) view.server = serviceOf(record_, details);
+      if (property == KROrdinal::InstantMessage) view.server = krServiceOf(record_, details);
       return visitor(view);
     }
     KRAddressView address;
@@ -430,7 +323,7 @@ size_t ABPerson::entryCount(KROrdinal property) const {
   const KRProperty& descriptor = *KRProperty::propertyWithOrdinal(property);
   if (!descriptor.isMultiple() && descriptor.valueType() != KRValueType::TextList) return 0;
   size_t count = 0;
-  forRows(record_, property, [&](const KRCardRow&, std::span<const KRCardRow>) { return ++count != 0; });
+  krForRows(record_, property, [&](const KRCardRow&, std::span<const KRCardRow>) { return ++count != 0; });
   return count;
 }
 

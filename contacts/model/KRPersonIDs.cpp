@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdio>
+#include <random>
 #include <string>
 
 #include "contacts/model/ABPerson.h"
@@ -21,6 +23,22 @@ uint64_t hashOf(KRText text) {
 std::atomic<uint32_t> lastSerial{0};
 
 }  // namespace
+
+KRString KRPersonIDs::newIdentifier() {
+  static thread_local std::mt19937_64 random{[] {
+    std::random_device device;
+    return uint64_t{device()} << 32U | device();
+  }()};
+  char text[37];
+  const uint64_t high = random();
+  const uint64_t low = random();
+  // A random UUID (version 4): fixed bits in two places, the rest drawn.
+  std::snprintf(text, sizeof text, "%08x-%04x-4%03x-%04x-%012llx", static_cast<unsigned>(high >> 32U),
+                static_cast<unsigned>(high >> 16U & 0xFFFFU), static_cast<unsigned>(high & 0xFFFU),
+                static_cast<unsigned>((low >> 48U & 0x3FFFU) | 0x8000U),
+                static_cast<unsigned long long>(low & 0xFFFFFFFFFFFFULL));
+  return KRString::trusted(std::string_view(text, 36));
+}
 
 KRPersonIDs::KRPersonIDs() : serial_(++lastSerial) {}
 

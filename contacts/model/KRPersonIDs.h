@@ -17,6 +17,9 @@ class KRPersonIDs {
  public:
   KRPersonIDs();
 
+  /// A new random identifier, such as no other person has. Safe from any thread.
+  static KRString newIdentifier();
+
   /// A number of this table that no other one of the process has, from 1.
   uint32_t serial() const noexcept { return serial_; }
   /// Assigns the identifiers of all records that have none yet. Linear in those when they stand at the end of the list.

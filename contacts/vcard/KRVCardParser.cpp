@@ -1,138 +1,17 @@
 #include "contacts/vcard/KRVCardParser.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 #include "contacts/model/KRAddressField.h"
-#include "contacts/model/KRInstantMessageServer.h"
 #include "contacts/model/KRLabelTable.h"
+#include "contacts/vcard/KRVCardValues.h"
 
 namespace {
 
 using Place = KRCardDraft::Place;
 
-bool startsWithIgnoringCase(std::string_view text, std::string_view start) noexcept {
-  return text.size() >= start.size() && krEqualsIgnoringCase(text.substr(0, start.size()), start);
-}
-
 Place part(const Place& whole, size_t from, size_t size) {
   return {whole.offset + static_cast<uint32_t>(from), static_cast<uint32_t>(size), whole.isDecoded};
-}
-
-/// How many bytes of white space stand at the start of the text, none or those of one character.
-size_t spaceAt(std::string_view text) noexcept {
-  constexpr std::string_view kWide[] = {"\xC2\xA0",     "\xC2\x85",     "\xE1\x9A\x80", "\xE2\x80\xA8",
-                                        "\xE2\x80\xA9", "\xE2\x80\xAF", "\xE2\x81\x9F", "\xE3\x80\x80"};
-  if (text.empty()) return 0;
-  const char first = text[0];
-  if (first == ' ' || (first >= '\t' && first <= '\r')) return 1;
-  if (static_cast<unsigned char>(first) < 0xC2) return 0;
-  for (const std::string_view space : kWide) {
-    if (text.starts_with(space)) return space.size();
-  }
-  // U+2000 to U+200A.
-  const bool isTypographic = text.size() > 2 && text.starts_with("\xE2\x80") &&
-                             static_cast<unsigned char>(text[2]) >= 0x80 && static_cast<unsigned char>(text[2]) <= 0x8A;
-  return isTypographic ? 3 : 0;
-}
-
-struct Word {
-  size_t begin;
-  size_t end;
-};
-
-std::vector<Word> wordsOf(std::string_view text) {
-  std::vector<Word> words;
-  bool inWord = false;
-  for (size_t i = 0; i < text.size();) {
-    const size_t space = spaceAt(text.substr(i));
-    if (space == 0 && !inWord) words.push_back({i, i});
-    inWord = space == 0;
-    i += std::max<size_t>(space, 1);
-    if (inWord) words.back().end = i;
-  }
-  return words;
-}
-
-/// The scheme of a URI, without the colon; empty when the text has none.
-std::string_view schemeOf(std::string_view text) noexcept {
-  const size_t colon = text.find(':');
-  if (colon == std::string_view::npos || colon == 0) return {};
-  const bool isScheme = std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(colon), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' || c == '-' ||
-           c == '.';
-  });
-  return isScheme ? text.substr(0, colon) : std::string_view();
-}
-
-/// The key of a messaging service from the way in which a card names it.
-std::string serviceKey(std::string_view written) {
-  const KRString name(written);
-  if (const KRInstantMessageServer* known = KRInstantMessageServer::serverWithDisplayName(name)) {
-    return std::string(known->name().view());
-  }
-  return krLowerASCII(name.view());
-}
-
-/// Where a user name begins and ends in what stands behind the scheme of an account's address, as messengers write it.
-std::string_view userIn(std::string_view text) noexcept {
-  for (const std::string_view start : {"goim?screenname=", "sendim?", "chat?contact=", "message?uin=", "//"}) {
-    if (startsWithIgnoringCase(text, start)) text.remove_prefix(start.size());
-  }
-  for (const std::string_view end : {"?chat", "?call", "?message"}) {
-    if (text.size() > end.size() && text.ends_with(end)) text.remove_suffix(end.size());
-  }
-  return text;
-}
-
-/// Whether bytes begin as the pictures in contacts do.
-bool isPicture(std::string_view bytes) noexcept {
-  constexpr std::string_view kStarts[] = {"\xFF\xD8\xFF", "\x89PNG", "GIF8", "RIFF", "BM"};
-  return std::any_of(std::begin(kStarts), std::end(kStarts),
-                     [&](std::string_view start) { return bytes.starts_with(start); });
-}
-
-/// The custom label of the desktop's own address book stands between these marks when it is one of the built-in ones.
-std::string_view unwrappedLabel(std::string_view label) noexcept {
-  constexpr std::string_view kStart = "_$!<";
-  constexpr std::string_view kEnd = ">!$_";
-  if (label.size() < kStart.size() + kEnd.size() || !label.starts_with(kStart) || !label.ends_with(kEnd)) return label;
-  return label.substr(kStart.size(), label.size() - kStart.size() - kEnd.size());
-}
-
-/// Up to this many pairs of a given label and an entry are simply tried.
-constexpr size_t kFewPairs = 4096;
-
-/// The kinds of relation that phones write as numbers.
-constexpr std::string_view kAndroidRelations[] = {"",        "assistant",   "brother",  "child",  "domestic partner",
-                                                  "father",  "friend",      "manager",  "mother", "parent",
-                                                  "partner", "referred by", "relative", "sister", "spouse"};
-
-/// The text form of the date, as its own `description` gives it.
-std::string textForm(const KRDate& date) {
-  std::string form = "--MM-DD";
-  const auto put = [&](size_t at, int number) {
-    form[at] = static_cast<char>('0' + number / 10);
-    form[at + 1] = static_cast<char>('0' + number % 10);
-  };
-  if (const std::optional<int> year = date.year()) {
-    form = "YYYY-MM-DD";
-    put(0, *year / 100);
-    put(2, *year % 100);
-  }
-  put(form.size() - 5, date.month());
-  put(form.size() - 2, date.day());
-  return form;
-}
-
-int smallNumber(std::string_view text) noexcept {
-  if (text.empty() || text.size() > 2) return -1;
-  int number = 0;
-  for (const char c : text) {
-    if (c < '0' || c > '9') return -1;
-    number = number * 10 + (c - '0');
-  }
-  return number;
 }
 
 }  // namespace
@@ -149,10 +28,7 @@ void KRVCardParser::start(const char* card, const char* end) {
   company_ = {};
   department_ = {};
   sound_ = {};
-  textLabels_.clear();
-  grouped_.clear();
-  given_.clear();
-  main_ = {};
+  labels_.start();
   passed_.clear();
 }
 
@@ -287,7 +163,7 @@ const std::vector<KRCardDraft::Place>& KRVCardParser::split(char separator) {
   // In some character sets a backslash or a semicolon may be half of a letter: such text is decoded before it is split.
   // Quoted-printable is split first, as its encoded bytes are no separators.
   const bool isQuotedPrintable = parameters.encoding == KRVCardParameters::QuotedPrintable;
-  const bool isWhole = !isQuotedPrintable || startsWithIgnoringCase(parameters.charset, "ISO-2022");
+  const bool isWhole = !isQuotedPrintable || krStartsIgnoringCase(parameters.charset, "ISO-2022");
   if (isWhole) {
     std::string bytes;
     if (isQuotedPrintable) value = bytes = krDecodeQuotedPrintable(value);
@@ -357,7 +233,7 @@ void KRVCardParser::takeTags() {
 
 KRCardDraft::Place KRVCardParser::withoutScheme(const Place& uri, std::string_view scheme) {
   const std::string_view text = draft_.text(uri);
-  if (!startsWithIgnoringCase(text, scheme)) return uri;
+  if (!krStartsIgnoringCase(text, scheme)) return uri;
   const Place rest = part(uri, scheme.size(), text.size() - scheme.size());
   if (draft_.text(rest).find('%') == std::string_view::npos) return rest;
   return draft_.place(krWellFormed(krDecodePercent(draft_.text(rest))));
@@ -384,15 +260,15 @@ void KRVCardParser::takeAddress() {
 void KRVCardParser::takeAccount() {
   const Place value = decode(line_->value);
   const std::string text(draft_.text(value));
-  const std::string_view scheme = schemeOf(text);
+  const std::string_view scheme = krSchemeOf(text);
   const std::string_view user =
-      userIn(scheme.empty() ? std::string_view(text) : std::string_view(text).substr(scheme.size() + 1));
+      krAccountUser(scheme.empty() ? std::string_view(text) : std::string_view(text).substr(scheme.size() + 1));
   if (user.empty()) return;
   const std::string& service = line_->parameters->service;
   const auto from = static_cast<size_t>(user.data() - text.data());
   const Place place = user.find('%') == std::string_view::npos ? part(value, from, user.size())
                                                                : draft_.place(krWellFormed(krDecodePercent(user)));
-  addAccount(place, serviceKey(service.empty() ? scheme : std::string_view(service)));
+  addAccount(place, krServiceKey(service.empty() ? scheme : std::string_view(service)));
 }
 
 void KRVCardParser::takeServiceAccount(std::string_view service) {
@@ -412,7 +288,7 @@ void KRVCardParser::addImage(const Place& text, uint8_t form) {
 }
 
 bool KRVCardParser::takeDataURI() {
-  if (!startsWithIgnoringCase(krTrimmedBlanks(line_->value), "data:")) return false;
+  if (!krStartsIgnoringCase(krTrimmedBlanks(line_->value), "data:")) return false;
   const Place uri = decode(line_->value);
   const std::string_view text = draft_.text(uri);
   const size_t comma = text.find(',');
@@ -439,9 +315,9 @@ void KRVCardParser::takePhoto() {
   if (line_->parameters->isURI) return;
   const bool isDeclared = line_->parameters->encoding == KRVCardParameters::Base64;
   const std::string_view raw = isDeclared ? line_->raw : line_->value;
-  if (krIsBase64(raw) && (isDeclared || isPicture(krDecodeBase64(raw.substr(0, 16))))) {
+  if (krIsBase64(raw) && (isDeclared || krIsPicture(krDecodeBase64(raw.substr(0, 16))))) {
     addImage(draft_.place(raw), KRCardRow::Base64);
-  } else if (isDeclared && schemeOf(raw).empty() && !krTrimmedBlanks(raw).empty()) {
+  } else if (isDeclared && krSchemeOf(raw).empty() && !krTrimmedBlanks(raw).empty()) {
     pass(KRVCardReason::BadPhoto);
   }
 }
@@ -454,7 +330,7 @@ KRCardDraft::Place KRVCardParser::dateOf(const Place& written) {
     if (!text.empty()) pass(KRVCardReason::BadDate);
     return {};
   }
-  const std::string form = textForm(*date);
+  const std::string form = krDateText(*date);
   return form == text ? written : draft_.place(form);
 }
 
@@ -468,14 +344,14 @@ void KRVCardParser::takeTextEntry(KROrdinal ordinal, std::string_view label) {
   const Place text = decode(line_->value);
   if (text.isEmpty()) return;
   const Entry entry = addEntry(ordinal, text);
-  if (!label.empty() && draft_.row(entry).label == 0) setLabel(entry, KRLabelTable::number(label), label);
+  if (draft_.row(entry).label == 0 && line_->parameters->labelText.isEmpty()) labels_.set(entry, label, draft_);
 }
 
 void KRVCardParser::takeDateEntry(KROrdinal ordinal, std::string_view label) {
   const Place date = dateOf(decode(line_->value));
   if (date.isEmpty()) return;
   const Entry entry = addEntry(ordinal, date);
-  if (!label.empty() && draft_.row(entry).label == 0) setLabel(entry, KRLabelTable::number(label), label);
+  if (draft_.row(entry).label == 0 && line_->parameters->labelText.isEmpty()) labels_.set(entry, label, draft_);
 }
 
 void KRVCardParser::takeUID() {
@@ -495,21 +371,24 @@ void KRVCardParser::takeGiven(bool isLabel) {
   Place value = decode(line_->value);
   const std::string_view text = draft_.text(value);
   if (isLabel) {
-    const std::string_view name = unwrappedLabel(text);
+    const std::string_view name = krUnwrappedLabel(text);
     value = part(value, static_cast<size_t>(name.data() - text.data()), name.size());
   }
   if (value.isEmpty()) return;
-  const uint16_t label = isLabel ? KRLabelTable::number(draft_.text(value)) : uint16_t{0};
-  given_.push_back({draft_.place(line_->group), value, label, isLabel});
+  if (isLabel) {
+    labels_.giveLabel(line_->group, value, draft_);
+  } else {
+    labels_.giveCountryCode(line_->group, value, draft_);
+  }
 }
 
 void KRVCardParser::takeAndroidCustom() {
   constexpr std::string_view kFamily = "vnd.android.cursor.item/";
   const std::vector<Place> parts = split(';');
   const std::string kind(draft_.text(parts[0]));
-  if (parts.size() < 2 || parts[1].isEmpty() || !startsWithIgnoringCase(kind, kFamily)) return;
+  if (parts.size() < 2 || parts[1].isEmpty() || !krStartsIgnoringCase(kind, kFamily)) return;
   const std::string_view item = std::string_view(kind).substr(kFamily.size());
-  const int type = parts.size() > 2 ? smallNumber(draft_.text(parts[2])) : -1;
+  const int type = parts.size() > 2 ? krSmallNumber(draft_.text(parts[2])) : -1;
   // Type 0 is spelled out in the field behind it.
   std::string label = type == 0 && parts.size() > 3 ? std::string(draft_.text(parts[3])) : std::string();
   if (item == "nickname") {
@@ -522,12 +401,10 @@ void KRVCardParser::takeAndroidCustom() {
       return;
     }
     if (type == 1) label = "anniversary";
-    setLabel(addEntry(KROrdinal::OtherDate, date), KRLabelTable::number(std::string_view(label)),
-             std::string_view(label));
+    labels_.set(addEntry(KROrdinal::OtherDate, date), label, draft_);
   } else if (item == "relation") {
-    if (type > 0 && static_cast<size_t>(type) < std::size(kAndroidRelations)) label = kAndroidRelations[type];
-    setLabel(addEntry(KROrdinal::RelatedName, parts[1]), KRLabelTable::number(std::string_view(label)),
-             std::string_view(label));
+    if (type > 0) label = krPhoneRelation(type);
+    labels_.set(addEntry(KROrdinal::RelatedName, parts[1]), label, draft_);
   }
 }
 
@@ -541,23 +418,9 @@ void KRVCardParser::takeSound() {
 }
 
 KRCardDraft::Entry KRVCardParser::addEntry(KROrdinal ordinal, const Place& value) {
-  const KRVCardParameters& parameters = *line_->parameters;
   const Entry entry = draft_.add(ordinal, value);
-  draft_.row(entry).label = parameters.label;
-  if (!parameters.labelText.isEmpty()) setLabel(entry, 0, parameters.labelText);
-  if (!line_->group.empty()) grouped_.push_back({draft_.place(line_->group), entry});
-  Main& main = main_[static_cast<size_t>(ordinal)];
-  if (parameters.preference != 0 && (main.preference == 0 || parameters.preference < main.preference)) {
-    main = {parameters.preference, entry};
-  }
+  labels_.add(entry, ordinal, *line_, draft_);
   return entry;
-}
-
-void KRVCardParser::setLabel(Entry entry, uint16_t label, KRText name) {
-  if (name.isEmpty()) return;
-  draft_.row(entry).label = label;
-  if (label != 0) return;
-  textLabels_.push_back({entry, draft_.place(name.view())});
 }
 
 void KRVCardParser::finishOrganisation() {
@@ -577,7 +440,7 @@ void KRVCardParser::finishName() {
   if (hasName_ || isOrganisation_ || formattedName_.isEmpty()) return;
   const std::string name(draft_.text(formattedName_));
   if (draft_.has(KROrdinal::Company) && draft_.text(company_) == name) return;
-  const std::vector<Word> words = wordsOf(name);
+  const std::vector<KRVCardWord> words = krWordsOf(name);
   if (words.empty()) return;
   const auto word = [&](size_t i) { return part(formattedName_, words[i].begin, words[i].end - words[i].begin); };
   draft_.add(KRCardPart::FirstName, word(0));
@@ -592,61 +455,9 @@ void KRVCardParser::finishName() {
   draft_.add(KRCardPart::LastName, draft_.place(rest));
 }
 
-void KRVCardParser::apply(const Given& given, Entry entry) {
-  if (given.isLabel) {
-    const std::string name(draft_.text(given.value));
-    setLabel(entry, given.label, std::string_view(name));
-  } else if (draft_.row(entry).what == static_cast<uint8_t>(KROrdinal::Address)) {
-    draft_.addDetail(entry, KRCardPart::AddressCountryCode, 0, 0, given.value);
-  }
-}
-
-void KRVCardParser::finishGroups() {
-  // Cards have few groups; one made of many must not take the square of their number.
-  if (given_.size() * grouped_.size() <= kFewPairs) {
-    for (const Given& given : given_) {
-      for (const Grouped& each : grouped_) {
-        if (krEqualsIgnoringCase(draft_.text(each.group), draft_.text(given.group))) apply(given, each.entry);
-      }
-    }
-    return;
-  }
-  std::unordered_multimap<std::string, Entry> entries;
-  for (const Grouped& each : grouped_) entries.emplace(krLowerASCII(draft_.text(each.group)), each.entry);
-  for (const Given& given : given_) {
-    const auto [first, last] = entries.equal_range(krLowerASCII(draft_.text(given.group)));
-    // The first label given is for all entries of the group, a second one would be for none.
-    for (auto each = first; each != last; ++each) apply(given, each->second);
-    entries.erase(first, last);
-  }
-}
-
-void KRVCardParser::finishLabels() {
-  // The last label of an entry counts; a mark that no number has keeps the others from it.
-  constexpr uint16_t kTaken = 0xFFFF;
-  for (auto label = textLabels_.rbegin(); label != textLabels_.rend(); ++label) {
-    KRCardRow& row = draft_.row(label->entry);
-    if (row.label != 0) continue;
-    row.label = kTaken;
-    draft_.addDetail(label->entry, KRCardPart::LabelText, 0, 0, label->name);
-  }
-  for (const TextLabel& label : textLabels_) {
-    KRCardRow& row = draft_.row(label.entry);
-    if (row.label == kTaken) row.label = 0;
-  }
-}
-
-void KRVCardParser::finishMain() {
-  for (const Main& main : main_) {
-    if (main.preference != 0) draft_.row(main.entry).detail |= KRCardRow::kMain;
-  }
-}
-
 KRCardRecord KRVCardParser::finish(std::string_view card) {
   finishName();
   finishOrganisation();
-  finishGroups();
-  finishLabels();
-  finishMain();
+  labels_.finish(draft_);
   return draft_.finish(card, slabs_);
 }

@@ -7,6 +7,7 @@
 
 #include "contacts/vcard/KRCardDraft.h"
 #include "contacts/vcard/KRVCardCharset.h"
+#include "contacts/vcard/KRVCardLabels.h"
 #include "contacts/vcard/KRVCardLines.h"
 #include "contacts/vcard/KRVCardNote.h"
 #include "contacts/vcard/KRVCardProperty.h"
@@ -44,19 +45,6 @@ class KRVCardParser {
   using Entry = KRCardDraft::Entry;
 
   enum class Shape { Text, Structured };
-  /// A line's group with the entry that it stands at.
-  struct Grouped {
-    Place group;
-    Entry entry;
-  };
-  /// A label or a country code that a line of its own gives to the entries of its group.
-  struct Given {
-    Place group;
-    Place value;
-    uint16_t label;
-    bool isLabel;
-  };
-
   bool is21();
   /// Whether the line has nothing but ASCII, and no escape sequences.
   bool isASCII() const noexcept;
@@ -89,17 +77,12 @@ class KRVCardParser {
   Place dateOf(const Place& written);
   Place withoutScheme(const Place& uri, std::string_view scheme);
   Entry addEntry(KROrdinal ordinal, const Place& value);
-  void setLabel(Entry entry, uint16_t label, KRText name);
   void addAccount(const Place& user, std::string_view service);
   void addImage(const Place& text, uint8_t form);
   void pass(KRVCardReason reason) { passed_.push_back({reason, line_->number}); }
 
   void finishOrganisation();
   void finishName();
-  void apply(const Given& given, Entry entry);
-  void finishGroups();
-  void finishLabels();
-  void finishMain();
 
   KRCardDraft draft_;
   KRCardSlabs slabs_;
@@ -118,20 +101,7 @@ class KRVCardParser {
   Place department_;
   std::array<Place, 3> sound_;
   std::vector<Place> parts_;
-  /// Labels that have no number.
-  struct TextLabel {
-    Entry entry;
-    Place name;
-  };
-  std::vector<TextLabel> textLabels_;
-  std::vector<Grouped> grouped_;
-  std::vector<Given> given_;
-  /// For each multiple property the entry that is preferred so far, and how much.
-  struct Main {
-    uint8_t preference = 0;
-    Entry entry = 0;
-  };
-  std::array<Main, kKROrdinalCount> main_;
+  KRVCardLabels labels_;
   std::vector<Passed> passed_;
   /// The line's whole value where it had to be decoded before it could be split.
   std::string whole_;

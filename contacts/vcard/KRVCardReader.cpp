@@ -151,9 +151,8 @@ void KRVCardReader::endCard(const char* end) {
 
 const char* KRVCardReader::takeOutside(const KRVCardLine& line) {
   if (line.isBegin()) return line.bytes.data();
-  const std::string_view text = withoutLineEnd(line.bytes);
-  if (krTrimmedBlanks(text).empty()) return nullptr;
-  const size_t place = findBegin(text);
+  if (line.name.empty() && krTrimmedBlanks(line.value).empty()) return nullptr;
+  const size_t place = findBegin(withoutLineEnd(line.bytes));
   if (place != std::string_view::npos) return line.bytes.data() + place;
   if (!isInJunk_) note(KRVCardReason::Junk, line.number, false);
   isInJunk_ = true;
