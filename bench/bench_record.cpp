@@ -114,10 +114,10 @@ void loadCards(benchmark::State& state) {
     book = nullptr;
     state.ResumeTiming();
   }
-  const auto bytes = static_cast<double>(file().size()) * static_cast<double>(count / kFileCount);
+  const size_t bytes = file().size() * (count / kFileCount);
   state.SetBytesProcessed(static_cast<int64_t>(bytes) * static_cast<int64_t>(state.iterations()));
   state.counters["bytes_per_contact"] = static_cast<double>(grown) / static_cast<double>(count);
-  state.counters["text_per_contact"] = bytes / static_cast<double>(count);
+  state.counters["text_per_contact"] = static_cast<double>(bytes) / static_cast<double>(count);
 }
 BENCHMARK(loadCards)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
