@@ -31,6 +31,8 @@ Exit codes:
   130  interrupted with Ctrl-C
 
 Environment:
+  KRCONTACTS_TERMINAL     "output" or "all": what is written is shown on a
+                          terminal, although the system does not say so
   KRCONTACTS_HOME         a folder that holds all files of this program, instead
                           of those in the XDG base directories
   LC_ALL, LC_MESSAGES, LANG

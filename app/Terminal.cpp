@@ -22,6 +22,14 @@ bool isDumb() {
   return environment("TERM") == "dumb";
 }
 
+/// Whether people read what goes there. What shows the output may say so where the system has no terminals to lend, as
+/// in a bare root without them: KRCONTACTS_TERMINAL is "output" for standard output, "all" for standard error too.
+bool isTerminal(int descriptor) {
+  const std::string_view told = environment("KRCONTACTS_TERMINAL");
+  if (told == "all" || (told == "output" && descriptor == STDOUT_FILENO)) return true;
+  return ::isatty(descriptor) == 1;
+}
+
 size_t columns() {
   winsize size{};
   if (::isatty(STDOUT_FILENO) == 1 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
@@ -55,9 +63,9 @@ std::string_view sequence(Style style) {
 
 Terminal::Terminal()
     : out_(STDOUT_FILENO),
-      progress_(STDERR_FILENO, ::isatty(STDERR_FILENO) == 1 && !isDumb()),
+      progress_(STDERR_FILENO, isTerminal(STDERR_FILENO) && !isDumb()),
       width_(std::clamp<size_t>(columns(), 40, 120)),
-      colours_(::isatty(STDOUT_FILENO) == 1 && environment("NO_COLOR").empty() && !isDumb()) {}
+      colours_(isTerminal(STDOUT_FILENO) && environment("NO_COLOR").empty() && !isDumb()) {}
 
 std::string Terminal::styled(Style style, std::string_view text) const {
   if (!colours_ || style == Style::Plain || text.empty()) return std::string(text);
