@@ -126,8 +126,7 @@ void KRTempPerson::addTag(const KRString& tag) {
 
 void KRTempPerson::removeTag(const KRString& tag) {
   // A copy: the tag may be an element of the list itself.
-  const KRString removed = tag;
-  tags_.erase(std::remove(tags_.begin(), tags_.end(), removed), tags_.end());
+  std::erase(tags_, KRString(tag));
 }
 
 void KRTempPerson::setTags(const KRStringList& tags) {

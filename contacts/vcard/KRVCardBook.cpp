@@ -37,7 +37,7 @@ KRResult<KRRef<KRVCardBook>> KRVCardBook::open(KRText path, const KRVCardNoteSin
 
 KRVCardReader::PersonSink KRVCardBook::sink() {
   // The person is new, so there is no need to look whether it is there already.
-  return [this](KRRef<ABPerson> person) {
+  return [this](const KRRef<ABPerson>& person) {
     person->setAddressBook(this);
     persons_.append(person.get());
   };
