@@ -205,6 +205,8 @@ void KRGraphNode::releaseInGraph() const noexcept {
   // reference, and destroy it before this thread gets here.
   Locked graph;
   if (count_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  // A destructor may take and drop a reference to its own node, which goes on holding its group.
+  if (life_ != Life::Alive) return;
   held_ = false;
   if (group_ != nullptr) --group_->held;
   graph.settle(this);

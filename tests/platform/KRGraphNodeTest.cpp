@@ -233,6 +233,26 @@ TEST(KRGraphNode, ALongChainCutFromAHeldNodeGoesWithoutEatingTheStack) {
   EXPECT_EQ(nodes(), 1U);
 }
 
+/// A node that refers to itself for a moment while it is being destroyed.
+class SelfishNode : public Node {
+ public:
+  ~SelfishNode() override { const KRRef<Node> self(this); }
+};
+
+TEST(KRGraphNode, ADestructorMayReferToItsOwnNode) {
+  const NodeCount nodes;
+  const auto held = krMake<Node>();
+  {
+    const auto dying = krMake<SelfishNode>();
+    const auto loop = krMake<Node>();
+    child(*loop);
+    dying->down.append(held);
+    dying->down.append(loop);
+  }
+  EXPECT_EQ(nodes(), 1U);
+  EXPECT_FALSE(held->isReferredTo());
+}
+
 /// What the rules promise, told plainly: nodes linked to each other (in either direction, over any number of links)
 /// live as long as one of them is held; a node that is not held and to which nothing refers is gone.
 class Judge {
