@@ -10,6 +10,7 @@
 
 #include "platform/KRFatal.h"
 #include "platform/KRObject.h"
+#include "platform/KRPrefetch.h"
 
 /// An immutable, ordered list of shared objects, as a value: eight bytes, cheap to copy, no memory of its own for none
 /// or one element. Its elements live at least as long as it does. Safe to read and copy from any thread.
@@ -92,7 +93,11 @@ class KRArray {
 
   void fill(std::span<T* const> objects) {
     if (objects.empty()) return;
-    for (T* object : objects) object->retain();
+    constexpr size_t kAhead = 16;
+    for (size_t i = 0; i < objects.size(); ++i) {
+      if (i + kAhead < objects.size()) krPrefetchToWrite(objects[i + kAhead]);
+      objects[i]->retain();
+    }
     if (objects.size() == 1) {
       word_ = reinterpret_cast<uintptr_t>(objects[0]);
       return;

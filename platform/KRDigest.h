@@ -13,4 +13,8 @@ class KRDigest {
   /// cryptography refuses MD5; the digest of no bytes is a digest.
   static KRString md5(const KRData* data);
   static KRString md5(std::string_view bytes);
+
+  /// The SHA-256 digest as 64 lower-case hexadecimal characters, for what is remembered or sent: nobody makes another
+  /// text of the same digest. Nothing when the machine's cryptography refuses it.
+  static KRString sha256(std::string_view bytes);
 };

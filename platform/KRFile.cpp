@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +14,8 @@
 #include <system_error>
 
 #include "platform/KRDescriptor.h"
+#include "platform/KRFileSteps.h"
+#include "platform/KRFileWriter.h"
 
 namespace {
 
@@ -28,15 +31,6 @@ struct Fault {
 Fault& fault() {
   static auto* const only = new Fault;
   return *only;
-}
-
-int faultAt(KRFile::Step step) {
-  std::shared_ptr<const std::function<int(KRFile::Step)>> call;
-  {
-    const std::lock_guard lock(fault().lock);
-    call = fault().call;
-  }
-  return call ? (*call)(step) : 0;
 }
 
 KRErrorCode codeOf(int number) noexcept {
@@ -102,70 +96,44 @@ KRResult<KRBuffer> readAll(int descriptor, KRText name) {
   }
 }
 
-/// The file that a path leads to through links; the path itself when it leads nowhere yet.
-std::string linkTarget(const std::string& path) {
-  const std::unique_ptr<char, decltype(&free)> real(realpath(path.c_str(), nullptr), &free);
-  return real ? std::string(real.get()) : path;
+int flushFolder(const std::string& folder) {
+  if (const int failed = krFaultAt(KRFile::Step::FlushFolder)) return failed;
+  const KRDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!descriptor) return errno == EACCES ? 0 : errno;  // A folder may be writable and yet not readable.
+  return krFlush(descriptor.number());
 }
 
-std::string folderOf(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
+std::string nowInUtc() {
+  const time_t now = time(nullptr);
+  tm parts = {};
+  char text[32] = "";
+  if (gmtime_r(&now, &parts) != nullptr) strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &parts);
+  return text;
 }
 
-int writeAll(int descriptor, std::string_view bytes) {
-  do {
-    if (const int failed = faultAt(KRFile::Step::WritePiece)) return failed;
-    const ssize_t count = ::write(descriptor, bytes.data(), std::min(bytes.size(), kPiece));
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      return errno;
-    }
-    bytes.remove_prefix(static_cast<size_t>(count));
-  } while (!bytes.empty());
-  return 0;
+bool isTaken(const std::string& path) {
+  struct stat status = {};
+  return lstat(path.c_str(), &status) == 0;
 }
 
-int flush(int descriptor) {
+}  // namespace
+
+int krFaultAt(KRFile::Step step) {
+  std::shared_ptr<const std::function<int(KRFile::Step)>> call;
+  {
+    const std::lock_guard lock(fault().lock);
+    call = fault().call;
+  }
+  return call ? (*call)(step) : 0;
+}
+
+int krFlush(int descriptor) {
   while (fsync(descriptor) != 0) {
     if (errno == EINVAL || errno == ENOTSUP) return 0;  // A file system that knows no flushing.
     if (errno != EINTR) return errno;
   }
   return 0;
 }
-
-int flushFolder(const std::string& folder) {
-  if (const int failed = faultAt(KRFile::Step::FlushFolder)) return failed;
-  const KRDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!descriptor) return errno == EACCES ? 0 : errno;  // A folder may be writable and yet not readable.
-  return flush(descriptor.number());
-}
-
-/// Fills the temporary file; 0, or the error number.
-int fillTemporary(int descriptor, std::string_view bytes, mode_t mode) {
-  if (fchmod(descriptor, mode) != 0) return errno;
-  if (const int failed = writeAll(descriptor, bytes)) return failed;
-  if (const int failed = faultAt(KRFile::Step::FlushTemporary)) return failed;
-  return flush(descriptor);
-}
-
-/// The mode that an ordinary new file gets. The mask can only be asked by setting it, which other threads would see, so
-/// it is read from the kernel's report about this process.
-mode_t ordinaryMode() {
-  constexpr std::string_view kField = "\nUmask:\t";
-  const KRResult<KRBuffer> report = KRFile::read("/proc/self/status");
-  if (!report) return 0644;
-  const std::string_view text = report->view();
-  const size_t place = text.find(kField);
-  if (place == std::string_view::npos) return 0644;
-  unsigned mask = 0;
-  for (size_t i = place + kField.size(); i < text.size() && text[i] >= '0' && text[i] <= '7'; ++i)
-    mask = mask * 8 + static_cast<unsigned>(text[i] - '0');
-  return 0666 & ~mask & 0777;
-}
-
-}  // namespace
 
 KRError KRFile::systemError(int number, std::string_view doing, KRText path) {
   std::string sentence = "cannot ";
@@ -195,30 +163,10 @@ KRResult<KRBuffer> KRFile::readStandardInput() {
 }
 
 KRResult<void> KRFile::write(KRText path, std::string_view bytes, const WriteOptions& options) {
-  const auto name = systemPath(path);
-  if (!name) return noPath("write");
-  const std::string target = linkTarget(*name);
-  struct stat status = {};
-  const bool isThere = stat(target.c_str(), &status) == 0;
-  if (isThere && S_ISDIR(status.st_mode)) return systemError(EISDIR, "write", path);
-  if (isThere && !S_ISREG(status.st_mode)) return systemError(EINVAL, "write", path);
-  const mode_t mode = isThere ? status.st_mode & 07777 : options.isPrivate ? mode_t{0600} : ordinaryMode();
-
-  if (const int failed = faultAt(Step::CreateTemporary)) return systemError(failed, "write", path);
-  std::string temporary = target + ".XXXXXX";
-  KRDescriptor descriptor(mkostemp(temporary.data(), O_CLOEXEC));
-  if (!descriptor) return systemError(errno, "write", path);
-  int failed = fillTemporary(descriptor.number(), bytes, mode);
-  if (const int closing = descriptor.close(); failed == 0) failed = closing;
-  if (failed == 0) failed = faultAt(Step::Rename);
-  if (failed == 0 && rename(temporary.c_str(), target.c_str()) != 0) failed = errno;
-  if (failed != 0) {
-    unlink(temporary.c_str());
-    return systemError(failed, "write", path);
-  }
-  failed = flushFolder(folderOf(target));
-  if (failed != 0) return systemError(failed, "write", path);
-  return {};
+  KRResult<KRFileWriter> writer = KRFileWriter::open(path, {options.isPrivate});
+  if (!writer) return writer.error();
+  if (KRResult<void> written = writer->append(bytes); !written) return written;
+  return writer->commit();
 }
 
 KRResult<void> KRFile::createFolders(KRText path, bool isPrivate) {
@@ -242,6 +190,37 @@ KRResult<void> KRFile::remove(KRText path) {
   if (!name) return noPath("remove");
   if (unlink(name->c_str()) == 0 || errno == ENOENT) return {};
   return systemError(errno, "remove", path);
+}
+
+KRResult<KRString> KRFile::setAside(KRText path, KRText why) {
+  const auto name = systemPath(path);
+  if (!name) return noPath("put aside");
+  const std::string dated = *name + "." + std::string(why.view()) + "-" + nowInUtc();
+  std::string free = dated;
+  for (int number = 2; isTaken(free); ++number) free = dated + "-" + std::to_string(number);
+  if (rename(name->c_str(), free.c_str()) != 0) return systemError(errno, "put aside", path);
+  return KRString(free);
+}
+
+KRResult<void> KRFile::keep(KRText path, KRText at) {
+  const auto name = systemPath(path);
+  const auto place = systemPath(at);
+  if (!name || !place) return noPath("keep");
+  if (linkat(AT_FDCWD, name->c_str(), AT_FDCWD, place->c_str(), AT_SYMLINK_FOLLOW) == 0) return {};
+  const bool isOnOneDiskOnly = errno == EXDEV || errno == EPERM || errno == EMLINK || errno == ENOTSUP;
+  if (!isOnOneDiskOnly) return systemError(errno, "keep", path);
+  const KRResult<KRBuffer> content = read(path);
+  if (!content) return content.error();
+  WriteOptions options;
+  options.isPrivate = true;
+  return write(at, content->view(), options);
+}
+
+KRResult<void> KRFile::flushFolder(KRText path) {
+  const auto name = systemPath(path);
+  if (!name) return noPath("write");
+  if (const int failed = ::flushFolder(*name)) return systemError(failed, "write", path);
+  return {};
 }
 
 void KRFile::setFault(std::function<int(Step)> fault) {

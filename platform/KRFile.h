@@ -52,6 +52,20 @@ class KRFile {
   /// Removes a file; success when it is not there. Not a folder: `IsFolder`.
   static KRResult<void> remove(KRText path);
 
+  /// Puts a file that must not be overwritten aside: beside itself, under its name with "." + `why` + "-" and the date
+  /// and time in UTC at its end, and a number where there is such a name already. Answers the new path. A link is put
+  /// aside itself, not what it leads to.
+  static KRResult<KRString> setAside(KRText path, KRText why);
+
+  /// Keeps what a file holds now at another path, where nothing may be: as a second name of the same file, which costs
+  /// no room, or as a copy for its owner only where the file system gives no second name. Whoever replaces the file
+  /// afterwards, as `write` does, leaves what is kept alone; whoever writes into it changes both. A link is followed.
+  /// Not safe from a loss of power before the folder is flushed. `NotFound` and the other errors of files.
+  static KRResult<void> keep(KRText path, KRText at);
+
+  /// Makes sure that files which were moved into the folder or out of it stay so when the power fails.
+  static KRResult<void> flushFolder(KRText path);
+
   /// The steps at which writing can fail, in their order. Writing is repeated for every piece.
   enum class Step : uint8_t { CreateTemporary, WritePiece, FlushTemporary, Rename, FlushFolder };
 

@@ -3,15 +3,16 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <time.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <memory>
 #include <utility>
 
+#include "platform/KRAtomic.h"
 #include "platform/KRDescriptor.h"
 #include "platform/KRFile.h"
+#include "platform/KRFileWriter.h"
 #include "platform/KRHostInfo.h"
 #include "platform/KRLocations.h"
 #include "platform/KRPlistValue.h"
@@ -44,29 +45,24 @@ KRResult<KRDescriptor> lockFor(KRText path) {
   return descriptor;
 }
 
-std::string nowInUtc() {
-  const time_t now = time(nullptr);
-  tm parts = {};
-  char text[32] = "";
-  if (gmtime_r(&now, &parts) != nullptr) strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &parts);
-  return text;
-}
+using Observer = std::function<void(const KRFilePreferences::Observed&)>;
 
-bool exists(const std::string& path) {
-  struct stat status = {};
-  return lstat(path.c_str(), &status) == 0;
+/// Never destroyed, as a detached thread may still write while the process ends.
+KRAtomic<std::shared_ptr<const Observer>>& observer() {
+  static auto* const only = new KRAtomic<std::shared_ptr<const Observer>>;
+  return *only;
 }
 
 }  // namespace
 
+void KRFilePreferences::setObserver(Observer told) {
+  observer().set(told ? std::make_shared<const Observer>(std::move(told)) : nullptr);
+}
+
 KRString KRFilePreferences::pathForHost() {
   const KRString folder = KRLocations::configurationFolder();
   if (folder.isNothing()) return {};
-  const KRString identifier = KRHostInfo::identifier();
-  std::string name(identifier.isNothing() ? std::string_view("(null)") : identifier.view());
-  // An identifier is one name, whatever it holds.
-  std::replace(name.begin(), name.end(), '/', '_');
-  return krConcat({folder, "/", KRText(std::string_view(name)), ".plist"});
+  return krConcat({folder, "/", KRHostInfo::fileName(), ".plist"});
 }
 
 KRRef<KRFilePreferences> KRFilePreferences::forHost() {
@@ -111,20 +107,8 @@ KRResult<void> KRFilePreferences::flush() {
   return writeChanges();
 }
 
-std::optional<KRFilePreferences::Stamp> KRFilePreferences::stamp() const {
-  struct stat status = {};
-  if (stat(std::string(path_.view()).c_str(), &status) != 0) return std::nullopt;
-  Stamp stamp;
-  stamp.device = status.st_dev;
-  stamp.number = status.st_ino;
-  stamp.size = status.st_size;
-  stamp.seconds = status.st_mtim.tv_sec;
-  stamp.nanoseconds = status.st_mtim.tv_nsec;
-  return stamp;
-}
-
 void KRFilePreferences::refresh() {
-  const std::optional<Stamp> now = stamp();
+  const std::optional<KRFileStamp> now = KRFileStamp::of(path_);
   if (now && now == stamp_) return;
   const KRResult<void> loaded = load();
   const bool isSettled = loaded && now && time(nullptr) - now->seconds >= kSettledSeconds;
@@ -161,13 +145,15 @@ KRResult<void> KRFilePreferences::writeChanges() {
   const KRResult<KRDescriptor> held = lockFor(path_);
   if (!held) return held.error();
 
+  KRFileWriter::removeLeftovers(path_);
   if (KRResult<void> loaded = load(); !loaded) return loaded;
+  tellObserver();
   const std::optional<std::string> content = changedContent();
   // The list now holds the changes; what the file holds is read again when it is asked for.
   stamp_.reset();
   if (content) {
     if (content_ == Content::Damaged) {
-      if (KRResult<void> aside = setAside(); !aside) return aside;
+      if (const KRResult<KRString> aside = KRFile::setAside(path_, "damaged"); !aside) return aside.error();
     }
     KRFile::WriteOptions options;
     options.isPrivate = true;
@@ -177,13 +163,13 @@ KRResult<void> KRFilePreferences::writeChanges() {
   return {};
 }
 
-KRResult<void> KRFilePreferences::setAside() const {
-  const std::string former(path_.view());
-  const std::string dated = former + ".damaged-" + nowInUtc();
-  std::string name = dated;
-  for (int number = 2; exists(name); ++number) name = dated + "-" + std::to_string(number);
-  if (std::rename(former.c_str(), name.c_str()) != 0) return KRFile::systemError(errno, "put aside", path_);
-  return {};
+void KRFilePreferences::tellObserver() {
+  const std::shared_ptr<const Observer> told = observer().get();
+  if (!told) return;
+  for (const Change& each : changes_) {
+    const KRValue before = krValueOfPlist(list_, list_.find(list_.root(), each.key));
+    if (!before.isEqual(each.value)) (*told)({path_, each.key, before, each.value});
+  }
 }
 
 std::optional<std::string> KRFilePreferences::changedContent() {

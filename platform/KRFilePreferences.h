@@ -1,8 +1,7 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "platform/KRBinaryPlist.h"
 #include "platform/KRBuffer.h"
+#include "platform/KRFileStamp.h"
 #include "platform/KRPreferences.h"
 
 /// Preferences in one file, a binary property list whose root is a dictionary.
@@ -33,6 +33,17 @@ class KRFilePreferences : public KRPreferences {
 
   const KRString& path() const noexcept { return path_; }
 
+  /// A change of one key that is about to be written; nothing is no value.
+  struct Observed {
+    KRText path;
+    KRText key;
+    KRValue before;
+    KRValue after;
+  };
+  /// Has every change of every such file of this process told before it is written, on the thread that writes; an
+  /// empty function ends that. What is called does not touch the same file of preferences.
+  static void setObserver(std::function<void(const Observed&)> observer);
+
   KRValue value(KRText key) override;
   void setValue(const KRValue& value, KRText forKey) override;
   void remove(KRText key) override;
@@ -44,25 +55,15 @@ class KRFilePreferences : public KRPreferences {
     KRString key;
     KRValue value;
   };
-  /// Tells whether the file at the path is still the one that was read.
-  struct Stamp {
-    dev_t device = 0;
-    ino_t number = 0;
-    off_t size = 0;
-    int64_t seconds = 0;
-    int64_t nanoseconds = 0;
-    friend bool operator==(const Stamp&, const Stamp&) = default;
-  };
   enum class Content : uint8_t { Absent, Good, Damaged };
 
   void change(KRText key, KRValue value);
-  std::optional<Stamp> stamp() const;
   /// Reads the file when it may not be the one that was read last.
   void refresh();
   /// Reads the file. An error is one that may pass, such as too many open files, and says nothing about the content.
   KRResult<void> load();
   KRResult<void> writeChanges();
-  KRResult<void> setAside() const;
+  void tellObserver();
   /// The changed content of the file that was read; nothing when the changes change nothing.
   std::optional<std::string> changedContent();
 
@@ -73,7 +74,7 @@ class KRFilePreferences : public KRPreferences {
   KRBinaryPlist list_;
   Content content_ = Content::Absent;
   /// Nothing when the file has to be read again in any case.
-  std::optional<Stamp> stamp_;
+  std::optional<KRFileStamp> stamp_;
   /// What is not in the file yet.
   std::vector<Change> changes_;
 };

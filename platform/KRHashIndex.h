@@ -2,57 +2,101 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <utility>
+
+#include "platform/KRPrefetch.h"
+#include "platform/KRZeroMemory.h"
 
 /// Finds numbers (places in some list of the caller's) by the hash of what stands there. The list itself is not known
 /// here: the caller compares. Eight bytes a number, without memory of its own for each, so that large archives are
 /// written at nearly the same speed for each object as small ones.
+///
+/// A caller with many numbers to look for asks for the slots of some of them first (`prefetch`, then `likely`), so that
+/// it waits for memory once and not for each.
 class KRHashIndex {
  public:
   static constexpr uint32_t kNone = 0xFFFFFFFFU;
 
+  KRHashIndex() noexcept = default;
+  KRHashIndex(KRHashIndex&& other) noexcept { swap(other); }
+  KRHashIndex& operator=(KRHashIndex other) noexcept {
+    swap(other);
+    return *this;
+  }
+  KRHashIndex(const KRHashIndex&) = delete;
+  ~KRHashIndex() = default;
+
   /// The number that was added under the hash and for which `isSame(number)` is true; `kNone` when there is none.
   template <class IsSame>
   uint32_t find(uint64_t hash, IsSame isSame) const {
-    if (slots_.empty()) return kNone;
-    const auto tag = static_cast<uint32_t>(hash >> 32U);
-    for (size_t place = tag & mask(); slots_[place].number != kNone; place = (place + 1) & mask()) {
-      if (slots_[place].tag == tag && isSame(slots_[place].number)) return slots_[place].number;
+    if (size_ == 0) return kNone;
+    const uint32_t tag = tagOf(hash);
+    for (size_t place = tag & mask(); slots()[place].coded != 0; place = (place + 1) & mask()) {
+      if (slots()[place].tag == tag && isSame(~slots()[place].coded)) return ~slots()[place].coded;
     }
     return kNone;
   }
 
+  /// The number that `find` most likely answers, or `kNone` where it is sure to answer that.
+  uint32_t likely(uint64_t hash) const noexcept {
+    return find(hash, [](uint32_t) { return true; });
+  }
+
+  /// Asks for the memory where a search for the hash begins.
+  void prefetch(uint64_t hash) const noexcept {
+    if (size_ != 0) krPrefetch(slots() + (tagOf(hash) & mask()));
+  }
+
   /// Adds a number that is not there yet.
   void add(uint64_t hash, uint32_t number) {
-    if ((count_ + 1) * 2 > slots_.size()) grow();
-    put({static_cast<uint32_t>(hash >> 32U), number});
+    if ((count_ + 1) * 2 > size_) resize(size_ == 0 ? 64 : size_ * 2);
+    put({tagOf(hash), ~number});
     ++count_;
+  }
+
+  /// Makes room for so many numbers in all. Room that is not used costs next to nothing.
+  void reserve(size_t count) {
+    size_t size = 64;
+    while (size < count * 2) size *= 2;
+    if (size > size_) resize(size);
   }
 
  private:
   struct Slot {
     /// Half of the hash: it says where the search begins, and spares most comparisons.
-    uint32_t tag = 0;
-    uint32_t number = kNone;
+    uint32_t tag;
+    /// The number's complement, so that memory of zeros is a table of free slots.
+    uint32_t coded;
   };
 
-  size_t mask() const noexcept { return slots_.size() - 1; }
+  static uint32_t tagOf(uint64_t hash) noexcept { return static_cast<uint32_t>(hash >> 32U); }
+  size_t mask() const noexcept { return size_ - 1; }
+  Slot* slots() const noexcept { return static_cast<Slot*>(memory_.data()); }
 
-  void put(Slot slot) {
+  void put(Slot slot) noexcept {
     size_t place = slot.tag & mask();
-    while (slots_[place].number != kNone) place = (place + 1) & mask();
-    slots_[place] = slot;
+    while (slots()[place].coded != 0) place = (place + 1) & mask();
+    slots()[place] = slot;
   }
 
-  void grow() {
-    std::vector<Slot> former(slots_.empty() ? 64 : slots_.size() * 2);
-    former.swap(slots_);
-    for (const Slot& slot : former) {
-      if (slot.number != kNone) put(slot);
+  void resize(size_t size) {
+    const KRZeroMemory former = std::exchange(memory_, KRZeroMemory(size * sizeof(Slot)));
+    const size_t formerSize = std::exchange(size_, size);
+    if (count_ == 0) return;
+    const auto* each = static_cast<const Slot*>(former.data());
+    for (const Slot* end = each + formerSize; each != end; ++each) {
+      if (each->coded != 0) put(*each);
     }
   }
 
-  /// The size is a power of two, at most half of it is taken.
-  std::vector<Slot> slots_;
+  void swap(KRHashIndex& other) noexcept {
+    std::swap(memory_, other.memory_);
+    std::swap(size_, other.size_);
+    std::swap(count_, other.count_);
+  }
+
+  KRZeroMemory memory_;
+  /// A power of two, at most half of which is taken; 0 at first.
+  size_t size_ = 0;
   size_t count_ = 0;
 };

@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "platform/KRAtomic.h"
+#include "platform/KRLocations.h"
 
 namespace {
 
@@ -33,6 +35,18 @@ KRString KRHostInfo::identifier() {
   if (!identifier.isEmpty()) return identifier;
   static const auto* const executable = new KRString(executableName());
   return *executable;
+}
+
+KRString KRHostInfo::fileName() {
+  const KRString known = identifier();
+  std::string name(known.isNothing() ? std::string_view("(null)") : known.view());
+  std::replace(name.begin(), name.end(), '/', '_');
+  return KRString(name);
+}
+
+KRString KRHostInfo::dataFolder() {
+  const KRString support = KRLocations::applicationSupportFolder();
+  return support.isNothing() ? KRString() : krConcat({support, "/", fileName()});
 }
 
 void KRHostInfo::setIdentifier(KRString identifier) {

@@ -2,11 +2,11 @@
 
 #include <stdlib.h>
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <string_view>
 
+#include "platform/KRASCII.h"
 #include "platform/KRResources.h"
 
 namespace {
@@ -37,15 +37,9 @@ bool isSmall(char c) {
   return c >= 'a' && c <= 'z';
 }
 
-char toSmall(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 /// "fr" of "fr_CA.UTF-8@euro" and of "FR-ca".
 std::string languagePart(std::string_view locale) {
-  std::string language(locale.substr(0, locale.find_first_of("_-.@")));
-  std::transform(language.begin(), language.end(), language.begin(), toSmall);
-  return language;
+  return krLowerASCII(locale.substr(0, locale.find_first_of("_-.@")));
 }
 
 /// "CA" of "fr_CA.UTF-8@euro"; empty when there is none. A script may stand between: "zh-Hant-TW".
@@ -56,9 +50,9 @@ std::string countryPart(std::string_view locale) {
     if (separator == std::string_view::npos) return {};
     locale.remove_prefix(separator + 1);
     const std::string_view part = locale.substr(0, locale.find_first_of("_-"));
-    if (part.size() == 2 && isSmall(toSmall(part[0])) && isSmall(toSmall(part[1]))) {
+    if (part.size() == 2 && isSmall(krLowerASCII(part[0])) && isSmall(krLowerASCII(part[1]))) {
       std::string country;
-      for (const char c : part) country += static_cast<char>(toSmall(c) - 'a' + 'A');
+      for (const char c : part) country += static_cast<char>(krLowerASCII(c) - 'a' + 'A');
       return country;
     }
   }

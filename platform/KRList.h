@@ -28,6 +28,8 @@ class KRListCore {
   ~KRListCore();
 
   KRObject* objectAt(size_t index) const;
+  /// Whether the element at that index, which is in range, stands in the slot of that number: in most lists all do.
+  bool isAt(size_t index) const noexcept { return (head_ | holes_) == 0 && index < slots_.size(); }
   size_t firstEqual(const KRObject* object) const;
   bool holds(const KRObject* object) const;
   void appendObject(KRObject* object);
@@ -95,7 +97,7 @@ class KRList : public KRListCore {
   explicit KRList(const KRGraphNode& owner) noexcept : KRListCore(&owner) {}
 
   /// The element at `index`, from 0; an index that is not below `count()` is a programming error (`KRFatal`).
-  T* at(size_t index) const { return static_cast<T*>(objectAt(index)); }
+  T* at(size_t index) const { return static_cast<T*>(isAt(index) ? objectInSlot(index) : objectAt(index)); }
   T* first() const { return at(0); }
 
   bool contains(const T* object) const { return holds(object); }

@@ -63,6 +63,10 @@ char upperAscii(char c) noexcept {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
+char lowerAscii(char c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 /// The result for plain ASCII, which needs no memory but the result's own.
 KRString fromAscii(std::string_view text) {
   size_t size = text.size();
@@ -282,4 +286,21 @@ KRString krMandarinLatinUpper(KRText text) {
   std::optional<std::string> result = quickResult(characters);
   if (!result) result = fullResult(characters);
   return result ? KRString::trusted(*result) : KRString();
+}
+
+void krMandarinLatinKeyInPlace(std::string& text, size_t start) {
+  size_t spaces = 0;
+  Spacing counting;
+  for (size_t i = start; i < text.size(); ++i) {
+    spaces += static_cast<size_t>(counting.before(kAsciiTraits[static_cast<unsigned char>(text[i])]));
+    text[i] = lowerAscii(text[i]);
+  }
+  if (spaces == 0) return;
+  const std::string plain = text.substr(start);
+  text.resize(start);
+  Spacing spacing;
+  for (const char c : plain) {
+    if (spacing.before(kAsciiTraits[static_cast<unsigned char>(c)])) text += ' ';
+    text += c;
+  }
 }

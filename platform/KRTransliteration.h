@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <string>
+
 #include "platform/KRString.h"
 
 /// The text in Latin capitals, for sorting names: Chinese characters become Mandarin syllables without tones, set off
@@ -11,3 +14,7 @@
 ///
 /// Nothing for nothing, and when ICU fails. Thread-safe.
 KRString krMandarinLatinUpper(KRText text);
+
+/// Replaces what stands in `text` from `start` on, which is plain ASCII, by the caseless key (`krCaselessKey`) of its
+/// capitals as above: what a list of many names is sorted by, without memory for each. Thread-safe.
+void krMandarinLatinKeyInPlace(std::string& text, size_t start);

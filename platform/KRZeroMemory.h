@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+
+/// Memory that begins as zeros, for tables. Moved, never copied.
+///
+/// Pages that nobody touches cost nothing, so a table may be made as large as it could ever become. From a few
+/// megabytes up the system may use large pages: looks at random places then hardly ever wait for the page's address.
+class KRZeroMemory {
+ public:
+  /// No memory.
+  KRZeroMemory() noexcept = default;
+  /// Throws `std::bad_alloc` as `new` does.
+  explicit KRZeroMemory(size_t size);
+  KRZeroMemory(KRZeroMemory&& other) noexcept { swap(other); }
+  KRZeroMemory& operator=(KRZeroMemory other) noexcept {
+    swap(other);
+    return *this;
+  }
+  KRZeroMemory(const KRZeroMemory&) = delete;
+  ~KRZeroMemory();
+
+  /// At the alignment of `malloc`; null without memory.
+  void* data() const noexcept { return data_; }
+  /// In bytes, as asked for.
+  size_t size() const noexcept { return size_; }
+
+ private:
+  void swap(KRZeroMemory& other) noexcept {
+    std::swap(data_, other.data_);
+    std::swap(size_, other.size_);
+  }
+
+  void* data_ = nullptr;
+  size_t size_ = 0;
+};
