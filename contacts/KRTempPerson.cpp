@@ -11,6 +11,9 @@
 
 namespace {
 
+/// Where the card stands in the archive: a key that no property has, behind all others.
+constexpr KRText kCardKey = "vCard";
+
 constexpr uint32_t bitOf(KROrdinal property) {
   return uint32_t{1} << static_cast<uint32_t>(property);
 }
@@ -49,26 +52,33 @@ KRRef<KRStoredValue> KRTempPerson::valueByPropertyName(const KRString& name) con
 void KRTempPerson::setValue(KRRef<KRStoredValue> value, const KRString& byPropertyName) {
   if (!value || byPropertyName.isNothing()) return;
   if (const KRProperty* property = KRProperty::propertyWithName(byPropertyName)) {
-    const auto place = standard_.begin() + static_cast<ptrdiff_t>(placeOf(property->ordinal()));
-    if ((present_ & bitOf(property->ordinal())) != 0) {
-      *place = std::move(value);
-    } else {
-      standard_.insert(place, std::move(value));
-      present_ |= bitOf(property->ordinal());
-    }
+    setStandard(std::move(value), property->ordinal());
+    return;
+  }
+  const auto found =
+      std::find_if(further_.begin(), further_.end(), [&](const auto& entry) { return entry.first == byPropertyName; });
+  if (found != further_.end()) {
+    found->second = std::move(value);
   } else {
-    const auto found = std::find_if(further_.begin(), further_.end(),
-                                    [&](const auto& entry) { return entry.first == byPropertyName; });
-    if (found != further_.end()) {
-      found->second = std::move(value);
-    } else {
-      further_.emplace_back(byPropertyName, std::move(value));
-    }
+    further_.emplace_back(byPropertyName, std::move(value));
   }
-  if (byPropertyName == KRProPertyName || byPropertyName == KRProPertyCompany ||
-      byPropertyName == KRProPertyIsOrganization) {
-    removeDisplayNameCache();
+}
+
+void KRTempPerson::setValue(KRRef<KRStoredValue> value, const KRProperty* byProperty) {
+  if (value && byProperty != nullptr) setStandard(std::move(value), byProperty->ordinal());
+}
+
+void KRTempPerson::setStandard(KRRef<KRStoredValue> value, KROrdinal property) {
+  const auto place = standard_.begin() + static_cast<ptrdiff_t>(placeOf(property));
+  if ((present_ & bitOf(property)) != 0) {
+    *place = std::move(value);
+  } else {
+    standard_.insert(place, std::move(value));
+    present_ |= bitOf(property);
   }
+  const bool isNaming =
+      property == KROrdinal::Name || property == KROrdinal::Company || property == KROrdinal::IsOrganization;
+  if (isNaming) removeDisplayNameCache();
 }
 
 void KRTempPerson::setRecordValue(KRValue value, const KRString& forProperty) {
@@ -210,6 +220,7 @@ void KRTempPerson::encodeWithCoder(KRKeyedArchiver& coder) const {
   coder.encode(fromID(), "fromID");
   coder.encode(ID_, "ID");
   if (const auto groups = groupIDs()) coder.encode(KRValueList::ofTexts(*groups), "groupIDs");
+  if (card_) coder.encode(card_, kCardKey);
 }
 
 KRRef<KRObject> KRTempPerson::decode(KRKeyedUnarchiver& coder) {
@@ -220,5 +231,6 @@ KRRef<KRObject> KRTempPerson::decode(KRKeyedUnarchiver& coder) {
   }
   person->setFromID(krDecodeText(coder, "fromID"));
   if (const auto groups = krDecodeObject<KRValueList>(coder, "groupIDs")) person->setGroupIDs(groups->texts());
+  person->setCard(krDecodeObject<KRData>(coder, kCardKey));
   return person;
 }

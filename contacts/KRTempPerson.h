@@ -32,16 +32,24 @@ class KRTempPerson : public IKRPerson {
   std::optional<KRStringList> groupIDs() const { return groupIDs_.get(); }
   void setGroupIDs(std::optional<KRStringList> groupIDs) { groupIDs_.set(std::move(groupIDs)); }
 
+  /// The card that the person was read from, as it was read, or nothing: it has the lines that no property shows, so
+  /// that a person that comes back from the trash has lost nothing. Values that were set since are not in it.
+  KRRef<KRData> card() const { return card_; }
+  void setCard(KRRef<KRData> card) { card_ = std::move(card); }
+
+  /// Makes room for the values of so many standard properties, for those who know how many they will set.
+  void reserveValues(size_t count) { standard_.reserve(count); }
+
   KRString ID() const override { return ID_; }
   /// Always `KRTrashAddressBookID`, wherever the person came from.
   KRString addressBookID() const override { return KRTrashAddressBookID; }
   KRString displayName() const override;
 
   KRRef<KRStoredValue> valueByPropertyName(const KRString& name) const override;
-  using IKRPerson::setValue;
   /// Replaces the value under the name; does nothing when value or name is nothing. A changed name, company or
   /// organisation flag drops the cached `nameChineesPinyin`.
   void setValue(KRRef<KRStoredValue> value, const KRString& byPropertyName) override;
+  void setValue(KRRef<KRStoredValue> value, const KRProperty* byProperty) override;
   void setRecordValue(KRValue value, const KRString& forProperty) override;
   void setThumbnail(KRRef<KRData> thumbnail) override;
 
@@ -91,6 +99,7 @@ class KRTempPerson : public IKRPerson {
   KRNameView readName(KRHold& hold) const override;
   void readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visitor) const override;
   size_t entryCount(KROrdinal property) const override;
+  KRText readCompanyName(KRHold& hold) const override { return readText(KROrdinal::Company, hold); }
 
   KRText archiveClassName() const override;
   void encodeWithCoder(KRKeyedArchiver& coder) const override;
@@ -98,6 +107,7 @@ class KRTempPerson : public IKRPerson {
   static KRRef<KRObject> decode(KRKeyedUnarchiver& coder);
 
  private:
+  void setStandard(KRRef<KRStoredValue> value, KROrdinal property);
   KRStoredValue* stored(KROrdinal property) const noexcept;
   KRStoredValue* stored(const KRString& name) const noexcept;
   /// Where the value of a standard property stands, or belongs, in `standard_`.
@@ -110,6 +120,7 @@ class KRTempPerson : public IKRPerson {
   std::vector<KRRef<KRStoredValue>> standard_;
   std::vector<std::pair<KRString, KRRef<KRStoredValue>>> further_;
   KRStringList tags_;
+  KRRef<KRData> card_;
   KRAtomic<KRString> fromID_;
   KRAtomic<std::optional<KRStringList>> groupIDs_;
 };

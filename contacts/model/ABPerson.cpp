@@ -90,8 +90,10 @@ ABPerson::Side& ABPerson::side() const {
 }
 
 void ABPerson::setRecord(KRCardRecord record) {
+  KRString base = baseID();
   record_ = std::move(record);
-  if (Side* side = side_.load(std::memory_order_acquire)) side->forgetValues();
+  if (Side* present = side_.load(std::memory_order_acquire)) present->forgetValues();
+  if (!(baseID() == base)) side().ID = std::move(base);
 }
 
 bool ABPerson::isChanged() const noexcept {
@@ -116,9 +118,13 @@ void ABPerson::setAddressBook(KRAddressBook* book) noexcept {
   if (book != nullptr && book->IDSerial() != serial_) suffix_.store(0, std::memory_order_release);
 }
 
-KRString ABPerson::baseID() const {
+KRString ABPerson::givenID() const {
   const Side* side = side_.load(std::memory_order_acquire);
-  if (side != nullptr && !side->ID.isNothing()) return side->ID;
+  return side == nullptr ? KRString() : side->ID;
+}
+
+KRString ABPerson::baseID() const {
+  if (KRString given = givenID(); !given.isNothing()) return given;
   const KRCardRow* UID = record_.find(KRCardPart::UID);
   return UID != nullptr ? record_.text(*UID) : krCardIdentity(record_.card());
 }

@@ -35,7 +35,8 @@ class ABPerson : public IKRPerson {
   /// The card as it was read, and its rows. Not changed by `setValue`.
   const KRCardRecord& record() const noexcept { return record_; }
   std::string_view card() const noexcept { return record_.card(); }
-  /// Replaces the card, as after a save, and forgets all values set beside the old one.
+  /// Replaces the card, as after a save, and forgets all values set beside the old one. The person keeps its identifier
+  /// also where that was made from the old card's text.
   void setRecord(KRCardRecord record);
   /// Whether any property, respectively that one, was set or cleared since the card was read.
   bool isChanged() const noexcept;
@@ -49,6 +50,8 @@ class ABPerson : public IKRPerson {
   /// The identifier without regard to other persons: one given by `setID`, else the card's UID, else one made from the
   /// card's text, the same in every process.
   KRString baseID() const;
+  /// The identifier that was given beside the card, or nothing.
+  KRString givenID() const;
   /// Gives the person another identifier, before it belongs to a book.
   void setID(const KRString& ID);
   /// Whether the book has made sure that `ID` is unique. A book does so for all its persons when one is first asked.
@@ -78,6 +81,9 @@ class ABPerson : public IKRPerson {
   KRNameView readName(KRHold& hold) const override;
   void readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visitor) const override;
   size_t entryCount(KROrdinal property) const override;
+  KRText readCompanyName(KRHold& hold) const override { return readText(KROrdinal::Company, hold); }
+  bool readsWhole(KROrdinal property) const override { return !isStored(property); }
+  void prefetch() const noexcept override { record_.prefetch(); }
 
   KRRef<KRData> thumbnail() const override { return imageData(); }
   /// A picture that stands in the card is decoded on every call and not kept.

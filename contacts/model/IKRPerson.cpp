@@ -204,6 +204,14 @@ size_t IKRPerson::entryCount(KROrdinal property) const {
   return krEntryCount(valueByPropertyName(nameOf(property)).get());
 }
 
+KRText IKRPerson::readCompanyName(KRHold& hold) const {
+  return hold.keep(companyName());
+}
+
+bool IKRPerson::readsWhole(KROrdinal /*property*/) const {
+  return false;
+}
+
 KRRecordValue IKRPerson::valueForProperty(const KRString& key) const {
   KRRecordValue value;
   if (const PartKey* part = partKey(key)) {

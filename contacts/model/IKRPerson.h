@@ -91,6 +91,15 @@ class IKRPerson : public KRObject {
   virtual void readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visitor) const;
   /// Number of entries of a multiple value; 0 when there is none.
   virtual size_t entryCount(KROrdinal property) const;
+  /// `companyName` as a view: nothing or empty when there is none.
+  virtual KRText readCompanyName(KRHold& hold) const;
+  /// Whether what these operations answer for the property is all that the person holds of it: there is no stored value
+  /// yet, and one that is asked for says the same. False by default: a stored value may hold what no view shows, such
+  /// as a multiple value without entries.
+  virtual bool readsWhole(KROrdinal property) const;
+  /// Asks the processor for the memory that reading takes, some persons before this one is read. Says and changes
+  /// nothing; does nothing by default.
+  virtual void prefetch() const noexcept {}
 
   // The system record interface, answered by every person.
 

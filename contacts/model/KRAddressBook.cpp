@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "contacts/model/ABPerson.h"
+#include "contacts/model/KRSaveScope.h"
 
 namespace {
 
@@ -44,6 +45,18 @@ KRRef<KRData> KRAddressBook::logo2() const {
 
 bool KRAddressBook::isInternetAdressBook() const {
   return false;
+}
+
+KRString KRAddressBook::kind() const {
+  return "memory"_kr;
+}
+
+KRString KRAddressBook::place() const {
+  return {};
+}
+
+KRResult<void> KRAddressBook::load() {
+  return {};
 }
 
 KRPersonList& KRAddressBook::allPersons() {
@@ -106,7 +119,10 @@ void KRAddressBook::addPerson(IKRPerson* person) {
   const bool mayBeHere = own == nullptr || hasLostPersons_;
   if (!mayBeHere || !persons_.contains(person)) persons_.append(person);
   if (holder != nullptr) holder->hasLostPersons_ = true;
-  if (own != nullptr) own->setAddressBook(this);
+  if (own == nullptr) return;
+  own->setAddressBook(this);
+  // One that was here before comes back with its identifier.
+  if (own->isIDAssigned() && !IDs_.reclaim(*own)) own->setIDSuffix(0);
 }
 
 void KRAddressBook::addPersons(const std::vector<KRRef<IKRPerson>>& persons) {
@@ -119,11 +135,32 @@ void KRAddressBook::removePersons(const KRPersonArray& persons) {
     const bool isMine = own != nullptr && own->addressBook() == this;
     // The person keeps the identifier that it has here, also when nobody asked for it before.
     if (isMine && !own->isIDAssigned()) assignIDs();
-    if (persons_.remove(person) && isMine) own->setAddressBook(nullptr);
+    if (!persons_.remove(person) || !isMine) continue;
+    own->setAddressBook(nullptr);
+    IDs_.release(*own);
   }
 }
 
-void KRAddressBook::save() {}
+void KRAddressBook::save() {
+  // A failure is not told here; who wants to know calls `saveNow` or commits a scope.
+  if (!KRSaveScope::gather(this)) static_cast<void>(saveNow());
+}
+
+KRResult<void> KRAddressBook::saveNow() {
+  return {};
+}
+
+bool KRAddressBook::isSavedFirst() const {
+  return false;
+}
+
+KRStringList KRAddressBook::unsavedIDs() {
+  return {};
+}
+
+bool KRAddressBook::takeBack(KRAddressBook&) {
+  return false;
+}
 
 void KRAddressBook::sync() {}
 

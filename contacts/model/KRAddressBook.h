@@ -8,6 +8,7 @@
 #include "contacts/model/KRProperty.h"
 #include "contacts/model/KRTagManager.h"
 #include "platform/KRList.h"
+#include "platform/KRResult.h"
 #include "platform/KRValue.h"
 
 class ABPerson;
@@ -33,6 +34,14 @@ class KRAddressBook : public KRObject {
   /// Whether the book lives on a server.
   virtual bool isInternetAdressBook() const;
 
+  /// What keeps the book, one word: "memory" for this class, "trash", "vcard", "folder", "sqlite", "desktop".
+  virtual KRString kind() const;
+  /// Where it is kept, such as a path; nothing for a book in memory.
+  virtual KRString place() const;
+
+  /// Reads the persons, unless that was done before, and tells what is wrong with a book that cannot be read. Without
+  /// it they are read when they are first asked for, and a book that cannot be read has none.
+  virtual KRResult<void> load();
   /// Every person of the book: the live list, valid while the book lives.
   virtual KRPersonList& allPersons();
   virtual size_t allPersonsCount();
@@ -56,8 +65,21 @@ class KRAddressBook : public KRObject {
   /// Removes the persons from the book, in memory until `save`; those that it does not hold are passed over (written
   /// form: `removePersons:`). Linear in the persons given.
   virtual void removePersons(const KRPersonArray& persons);
-  /// Writes pending changes; a book in memory has nowhere to write to.
+  /// Writes pending changes and says nothing when that fails. While a `KRSaveScope` is open, the scope does it in the
+  /// end. Books override `saveNow`.
   virtual void save();
+  /// Writes pending changes at once, whether a scope is open or not. After a failure the changes are still in memory
+  /// and what was stored before is whole. A book in memory has nowhere to write to and succeeds.
+  virtual KRResult<void> saveNow();
+  /// Whether the book keeps what others lose, as the trash does, so that it has to be written before them.
+  virtual bool isSavedFirst() const;
+  /// The identifiers of the persons that were changed or removed and that the store, as far as the book knows, still
+  /// has as they were. None where that is not certain, and for a book in memory.
+  virtual KRStringList unsavedIDs();
+  /// For books that are saved first: takes out of what the last save wrote whatever `book` keeps itself, because its
+  /// own save then failed (`unsavedIDs`). The list in memory stays, so that the next save writes it again. Whether
+  /// something was taken out; where that fails, what was written stays.
+  virtual bool takeBack(KRAddressBook& book);
   virtual void sync();
   virtual void update();
 

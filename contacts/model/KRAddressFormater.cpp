@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "contacts/model/KRCountry.h"
+#include "contacts/model/KRStoredReading.h"
 
 namespace {
 
@@ -66,37 +67,52 @@ Items itemsInOrder(const Order& order) {
   return list;
 }
 
-/// Marks what separates fields and names, so that no text can pass for two fields, and writes what would break the line
-/// or a key that is cut at tabs.
-void append(std::string& to, KRText text) {
-  for (const char c : text.view()) {
-    switch (c) {
-      case '\n':
-        to += "\\n";
-        break;
-      case '\r':
-        to += "\\r";
-        break;
-      case '\t':
-        to += "\\t";
-        break;
-      case ',':
-      case ':':
-      case '\\':
-        to += '\\';
-        [[fallthrough]];
-      default:
-        to += c;
-    }
+/// What a character is written as when it cannot stand for itself; nothing for all others.
+std::string_view escaped(char c) noexcept {
+  switch (c) {
+    case '\n':
+      return "\\n";
+    case '\r':
+      return "\\r";
+    case '\t':
+      return "\\t";
+    case ',':
+      return "\\,";
+    case ':':
+      return "\\:";
+    case '\\':
+      return "\\\\";
+    default:
+      return {};
   }
 }
 
-void appendField(std::string& to, KRText name, KRText value) {
-  if (value.isNothing()) return;
-  if (!to.empty()) to += ", ";
-  append(to, name);
+/// Marks what separates fields and names, so that no text can pass for two fields, and writes what would break the line
+/// or a key that is cut at tabs.
+void appendEscaped(std::string& to, std::string_view text) {
+  static constexpr auto kIsEscaped = [] {
+    std::array<bool, 256> table{};
+    for (const char c : std::string_view("\n\r\t,:\\")) table[static_cast<unsigned char>(c)] = true;
+    return table;
+  }();
+  const auto isEscaped = [](char c) { return kIsEscaped[static_cast<unsigned char>(c)]; };
+  while (true) {
+    const auto* const mark = std::find_if(text.begin(), text.end(), isEscaped);
+    const auto plain = static_cast<size_t>(mark - text.begin());
+    to.append(text.data(), plain);
+    if (mark == text.end()) return;
+    to.append(escaped(*mark));
+    text.remove_prefix(plain + 1);
+  }
+}
+
+/// `start` is where the line begins in the text.
+void appendField(std::string& to, size_t start, KRText name, KRText value) {
+  if (value.isEmpty()) return;
+  if (to.size() > start) to += ", ";
+  appendEscaped(to, name.view());
   to += ": ";
-  append(to, value);
+  appendEscaped(to, value.view());
 }
 
 }  // namespace
@@ -113,11 +129,17 @@ const std::vector<const KRAddressFieldItem*>& KRAddressFormater::fieldArrayLocal
 KRString KRAddressFormater::formatString() const {
   if (!address_) return ""_kr;
   std::string line;
+  append(line, krAddressView(*address_));
+  return KRString::trusted(line);
+}
+
+void KRAddressFormater::append(std::string& to, const KRAddressView& address) {
+  const size_t start = to.size();
   // One order for all users: the text stands in keys, and the same address has the same key everywhere.
   for (const Field field : kCodeBehindCity) {
     const auto place = static_cast<size_t>(field);
-    appendField(line, kKRAddressFieldNames[place], address_->standardFields()[place]);
+    appendField(to, start, kKRAddressFieldNames[place], address.fields[place]);
   }
-  for (const KRObjectAddress::Field& field : address_->furtherFields()) appendField(line, field.name, field.value);
-  return KRString::trusted(line);
+  if (address.further == nullptr) return;
+  for (const KRObjectAddress::Field& field : *address.further) appendField(to, start, field.name, field.value);
 }

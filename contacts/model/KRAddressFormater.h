@@ -1,9 +1,11 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "contacts/model/KRAddressField.h"
 #include "contacts/model/KRObjectAddress.h"
+#include "contacts/model/KRReading.h"
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
@@ -35,6 +37,8 @@ class KRAddressFormater {
   /// one order that depends on nothing else, without line breaks or tabs. Two addresses give the same text exactly when
   /// all their fields are the same. The country code, which is not a field, is not part of it. "" without an address.
   KRString formatString() const;
+  /// Writes the same line of an address that is still a view to the end of `to`.
+  static void append(std::string& to, const KRAddressView& address);
 
  private:
   KRRef<const KRObjectAddress> address_;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "contacts/model/KRProperty.h"
+#include "platform/KRPrefetch.h"
 #include "platform/KRSlab.h"
 #include "platform/KRString.h"
 #include "platform/KRText.h"
@@ -89,6 +90,13 @@ class KRCardRecord {
   const KRCardRow* find(uint8_t what) const noexcept;
   const KRCardRow* find(KRCardPart what) const noexcept { return find(static_cast<uint8_t>(what)); }
 
+  /// Asks the processor for the rows and what stands right behind them.
+  void prefetch() const noexcept {
+    if (slab_ == nullptr) return;
+    constexpr size_t kLine = 64;
+    constexpr size_t kLines = 6;
+    for (size_t i = 0; i < kLines; ++i) krPrefetch(bytes() + i * kLine);
+  }
   /// The text of a row, as a view that is valid as long as the block lives.
   KRText view(const KRCardRow& row) const noexcept { return {bytes() + row.offset, row.size}; }
   /// The text of the first row of that number, or nothing.

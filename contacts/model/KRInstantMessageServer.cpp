@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "contacts/model/KRDecoding.h"
+#include "platform/KRASCII.h"
 #include "platform/KRKeyedArchiver.h"
 
 namespace {
@@ -51,20 +52,14 @@ constexpr Known kKnown[] = {
     {"zoom"_kr, "Zoom"_kr},
 };
 
-/// Names of services are schemes, so case means the case of ASCII letters.
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+// Names of services are schemes, so case means the case of ASCII letters.
 
 KRString lowerText(KRText text) {
-  std::string lowered(text.view());
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(), lower);
-  return KRString::trusted(lowered);
+  return KRString::trusted(krLowerASCII(text.view()));
 }
 
 bool sameWithoutCase(KRText a, KRText b) {
-  return std::equal(a.view().begin(), a.view().end(), b.view().begin(), b.view().end(),
-                    [](char x, char y) { return lower(x) == lower(y); });
+  return krEqualsIgnoringCase(a.view(), b.view());
 }
 
 class Servers {

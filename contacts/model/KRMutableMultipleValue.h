@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "contacts/model/KRMutableSingleValue.h"
@@ -23,6 +24,8 @@ class KRMutableMultipleValue : public KRStoredValue {
 
   /// The main entry: the one marked as preferred, else the first; nothing when there is no entry. Borrowed.
   KRMutableSingleValue* mainValue() const;
+  /// The place of the entry that is marked, or nothing when none is.
+  std::optional<size_t> mainIndex() const { return main_ == kNone ? std::nullopt : std::optional<size_t>(main_); }
   /// Marks the entry at `index` as the main one; out of range unmarks. Removing entries moves the mark along.
   void setMainIndex(size_t index);
 

@@ -93,6 +93,35 @@ bool KRPersonIDs::insert(uint64_t hash) {
   return true;
 }
 
+void KRPersonIDs::release(const ABPerson& person) {
+  const std::lock_guard guard(lock_);
+  erase(hashOf(person.ID()));
+}
+
+bool KRPersonIDs::reclaim(const ABPerson& person) {
+  const std::lock_guard guard(lock_);
+  return insert(hashOf(person.ID()));
+}
+
+void KRPersonIDs::erase(uint64_t hash) {
+  if (used_.empty()) return;
+  const size_t mask = used_.size() - 1;
+  size_t hole = hash & mask;
+  while (used_[hole] != hash) {
+    if (used_[hole] == 0) return;
+    hole = (hole + 1) & mask;
+  }
+  // Those behind it that would not be found any more with a hole before them move up.
+  for (size_t slot = (hole + 1) & mask; used_[slot] != 0; slot = (slot + 1) & mask) {
+    const size_t wanted = used_[slot] & mask;
+    if (((slot - wanted) & mask) < ((slot - hole) & mask)) continue;
+    used_[hole] = used_[slot];
+    hole = slot;
+  }
+  used_[hole] = 0;
+  --count_;
+}
+
 void KRPersonIDs::grow() {
   std::vector<uint64_t> old(used_.empty() ? 64 : used_.size() * 2, 0);
   old.swap(used_);

@@ -12,7 +12,8 @@ class ABPerson;
 
 /// Makes the identifiers of the persons of one book unique: of several persons with the same `baseID` the first keeps
 /// it, the others get a suffix by order of appearance. Persons that have been given theirs keep it when others come or
-/// go. Safe from any thread as long as nobody changes the list.
+/// go, and one that left and comes back has it again unless it was given to another meanwhile. Safe from any thread as
+/// long as nobody changes the list.
 class KRPersonIDs {
  public:
   KRPersonIDs();
@@ -26,8 +27,14 @@ class KRPersonIDs {
   /// The person that asks gets one in any case.
   void assign(const KRList<IKRPerson>& persons, const ABPerson* asking);
 
+  /// Lets go of the identifier of a person that leaves, so that another one, or the person's own copy, can have it.
+  void release(const ABPerson& person);
+  /// Keeps the identifier for a person that comes back with it; false when another one has it by now.
+  bool reclaim(const ABPerson& person);
+
  private:
   bool insert(uint64_t hash);
+  void erase(uint64_t hash);
   void grow();
   void assignOne(const IKRPerson& person);
 

@@ -43,6 +43,9 @@ class KRCardDraft {
     bool isDecoded = false;
 
     bool isEmpty() const noexcept { return size == 0; }
+    Place part(size_t from, size_t count) const noexcept {
+      return {offset + static_cast<uint32_t>(from), static_cast<uint32_t>(count), isDecoded};
+    }
   };
 
   /// The number of an entry, as `add` gives it.
@@ -71,6 +74,8 @@ class KRCardDraft {
   Entry add(KRCardPart what, const Place& place) { return add(static_cast<uint8_t>(what), place); }
   /// Adds a detail to an entry, at any time.
   void addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place);
+  size_t entryCount() const noexcept { return entries_.size(); }
+  uint8_t what(Entry entry) const noexcept { return entries_[entry].what; }
   KRCardRow& row(Entry entry) { return entries_[entry]; }
 
   bool has(uint8_t what) const noexcept { return (present_ >> what & 1U) != 0; }

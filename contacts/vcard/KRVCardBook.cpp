@@ -20,8 +20,10 @@ bool isBlank(std::string_view bytes) noexcept {
 KRString KRVCardBook::IDForFile(KRText path) {
   std::error_code error;
   const std::filesystem::path whole = std::filesystem::absolute(std::filesystem::path(path.view()), error);
-  const std::string text = error ? std::string(path.view()) : whole.lexically_normal().string();
-  return KRString("vcard:" + text);
+  if (error) return KRString("vcard:" + std::string(path.view()));
+  // Through links, so that a file is one book by whichever of its names it is opened.
+  const std::filesystem::path real = std::filesystem::weakly_canonical(whole, error);
+  return KRString("vcard:" + (error ? whole.lexically_normal() : real).string());
 }
 
 KRString KRVCardBook::nameForFile(KRText path) {
@@ -32,7 +34,12 @@ KRResult<KRRef<KRVCardBook>> KRVCardBook::open(KRText path, const KRVCardNoteSin
   auto book = krMake<KRVCardBook>(IDForFile(path), nameForFile(path));
   const KRResult<Summary> read = book->addFile(path, notes);
   if (!read) return read.error();
+  book->place_ = KRString(path);
   return book;
+}
+
+KRString KRVCardBook::kind() const {
+  return "vcard"_kr;
 }
 
 KRVCardReader::PersonSink KRVCardBook::sink() {
@@ -41,6 +48,10 @@ KRVCardReader::PersonSink KRVCardBook::sink() {
     person->setAddressBook(this);
     persons_.append(person.get());
   };
+}
+
+KRVCardReader::PersonSink KRVCardBook::groupSink() {
+  return [this](KRRef<ABPerson> group) { groupCards_.push_back(std::move(group)); };
 }
 
 KRVCardBook::Summary KRVCardBook::summaryOf(const KRVCardReader& reader, bool isEmpty) {
@@ -52,12 +63,14 @@ KRVCardBook::Summary KRVCardBook::summaryOf(const KRVCardReader& reader, bool is
 
 KRVCardBook::Summary KRVCardBook::addBytes(std::string_view bytes, const KRVCardNoteSink& notes) {
   KRVCardReader reader(sink(), notes);
+  reader.setGroups(groupSink());
   reader.read(bytes);
   return summaryOf(reader, isBlank(bytes));
 }
 
 KRResult<KRVCardBook::Summary> KRVCardBook::addFrom(KRFileReader& file, const KRVCardNoteSink& notes) {
   KRVCardReader reader(sink(), notes);
+  reader.setGroups(groupSink());
   const auto piece = std::make_unique<char[]>(kPiece);
   bool isEmpty = true;
   while (true) {

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "contacts/model/KRAddressBook.h"
 #include "contacts/vcard/KRVCardReader.h"
@@ -32,9 +33,13 @@ class KRVCardBook : public KRAddressBook {
   /// A book of one file: its ID is made from the file's whole path, its name from the file's name. A file without cards
   /// gives an empty book; a failure is one of the file system's.
   static KRResult<KRRef<KRVCardBook>> open(KRText path, const KRVCardNoteSink& notes = {});
-  /// The ID of a book of that file, and its name.
+  /// The ID of a book of that file, the same through whichever link, and its name.
   static KRString IDForFile(KRText path);
   static KRString nameForFile(KRText path);
+
+  KRString kind() const override;
+  /// The file that `open` read; nothing for other books.
+  KRString place() const override { return place_; }
 
   /// Adds the contacts of a file, or those that standard input brings, behind the others. After a failure the contacts
   /// read before it are in the book.
@@ -43,13 +48,20 @@ class KRVCardBook : public KRAddressBook {
   /// Adds the contacts of a text.
   Summary addBytes(std::string_view bytes, const KRVCardNoteSink& notes = {});
 
+  /// The cards of groups that the files held, in their order. They are no contacts; whoever writes the files anew
+  /// carries them along.
+  const std::vector<KRRef<ABPerson>>& groupCards() const noexcept { return groupCards_; }
+
   /// What the file that was added last held, also when reading it failed.
   const Summary& lastSummary() const noexcept { return last_; }
 
  private:
   KRResult<Summary> addFrom(KRFileReader& file, const KRVCardNoteSink& notes);
   KRVCardReader::PersonSink sink();
+  KRVCardReader::PersonSink groupSink();
   Summary summaryOf(const KRVCardReader& reader, bool isEmpty);
 
+  KRString place_;
   Summary last_;
+  std::vector<KRRef<ABPerson>> groupCards_;
 };

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// The card with its folds undone and its line ends as line feeds, without those behind the last line.
+/// The card with its folds undone and its line ends as line feeds, without empty lines and the last line's end.
 std::string unfolded(std::string_view card) {
   std::string text;
   text.reserve(card.size() + 16);
@@ -23,7 +23,7 @@ std::string unfolded(std::string_view card) {
     if (at != end && *at == '\n') ++at;
     if (at != end && (*at == ' ' || *at == '\t')) {
       ++at;
-    } else {
+    } else if (!text.empty() && text.back() != '\n') {
       text.push_back('\n');
     }
   }

@@ -126,6 +126,7 @@ bool KRVCardLines::readHead(std::string_view text, const char* colon, KRVCardLin
   if (colon == nullptr) {
     line.name = {};
     line.parameters = &cache_.parse({});
+    line.parameterText = {};
     line.property = &krVCardProperty({});
     line.value = text;
     return false;
@@ -144,7 +145,8 @@ bool KRVCardLines::readHead(std::string_view text, const char* colon, KRVCardLin
     colon = begin + findColon(text, static_cast<size_t>(nameEnd - begin));
   }
   line.property = &krVCardProperty(line.name);
-  line.parameters = &cache_.parse(between(nameEnd, colon));
+  line.parameterText = between(nameEnd, colon);
+  line.parameters = &cache_.parse(line.parameterText);
   line.value = between(colon + 1, begin + text.size());
   return true;
 }

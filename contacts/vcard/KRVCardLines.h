@@ -15,6 +15,8 @@ struct KRVCardLine {
   /// Empty for a line without a colon, which then stands in `value` whole.
   std::string_view name;
   const KRVCardParameters* parameters = nullptr;
+  /// The same as they are written, from their first ";" to the colon.
+  std::string_view parameterText;
   /// What the name means.
   const KRVCardProperty* property = nullptr;
   /// What the line holds anywhere (`KRVCardScan::Flag`).

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <vector>
 
 #include "contacts/model/KRLabelTable.h"
 #include "contacts/vcard/KRVCardText.h"
@@ -31,6 +30,18 @@ std::string_view unquoted(std::string_view text) noexcept {
   if (text.back() == '"') text.remove_suffix(1);
   if (text.ends_with('\\')) text.remove_suffix(1);
   return text;
+}
+
+/// What RFC 6868 writes for the characters that no parameter can hold.
+std::string withoutCarets(std::string_view text) {
+  std::string plain;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char next = text[i] == '^' && i + 1 < text.size() ? text[i + 1] : '\0';
+    const bool isMark = next == '^' || next == 'n' || next == '\'';
+    plain.push_back(!isMark ? text[i] : next == 'n' ? '\n' : next == '^' ? '^' : '"');
+    if (isMark) ++i;
+  }
+  return plain;
 }
 
 /// Where the next `separator` stands outside quotes, from `from` on, or the size of the text.
@@ -98,9 +109,9 @@ class Reading {
       const std::string_view kind = unquoted(value);
       result_.isURI = krEqualsIgnoringCase(kind, "URI") || krEqualsIgnoringCase(kind, "URL");
     } else if (krEqualsIgnoringCase(name, "X-SERVICE-TYPE") || krEqualsIgnoringCase(name, "SERVICE-TYPE")) {
-      result_.service = unquoted(value);
+      result_.service = withoutCarets(unquoted(value));
     } else if (krEqualsIgnoringCase(name, "X-APPLE-OMIT-YEAR")) {
-      result_.omitsYear = true;
+      omittedYear(unquoted(value));
     }
   }
 
@@ -122,6 +133,15 @@ class Reading {
       rank = std::min(rank * 10 + (c - '0'), 100);
     }
     if (rank > 0) result_.preference = static_cast<uint8_t>(rank);
+  }
+
+  void omittedYear(std::string_view value) {
+    constexpr size_t kDigits = 4;
+    if (value.size() != kDigits ||
+        !std::all_of(value.begin(), value.end(), [](char c) { return c >= '0' && c <= '9'; }))
+      return;
+    result_.omittedYear = 0;
+    for (const char c : value) result_.omittedYear = result_.omittedYear * 10 + (c - '0');
   }
 
   /// One type or a list of them; a list may also be quoted as a whole.
@@ -188,13 +208,19 @@ bool KRVCardParameters::hasType(std::string_view type) const noexcept {
 KRVCardParameters krParseParameters(std::string_view text) {
   KRVCardParameters result;
   Reading reading(result);
-  for (size_t at = 0; at < text.size();) {
-    const size_t end = findUnquoted(text, ';', at);
-    if (end > at) reading.parameter(text.substr(at, end - at));
-    at = end + 1;
-  }
+  for (const std::string_view each : krSplitParameters(text)) reading.parameter(each);
   reading.finish();
   return result;
+}
+
+std::vector<std::string_view> krSplitParameters(std::string_view text) {
+  std::vector<std::string_view> parameters;
+  for (size_t at = 0; at < text.size();) {
+    const size_t end = findUnquoted(text, ';', at);
+    if (end > at) parameters.push_back(text.substr(at, end - at));
+    at = end + 1;
+  }
+  return parameters;
 }
 
 const KRVCardParameters& KRVCardParameterCache::parse(std::string_view text) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/KRString.h"
 
@@ -12,8 +13,8 @@ struct KRVCardParameters {
   enum Encoding : uint8_t { None, QuotedPrintable, Base64 };
 
   Encoding encoding = None;
-  /// A birthday's year is a stand-in (X-APPLE-OMIT-YEAR).
-  bool omitsYear = false;
+  /// The year that is a stand-in for none (X-APPLE-OMIT-YEAR); -1 when there is no such year.
+  int omittedYear = -1;
   /// The value is an address to be looked up, not the thing itself.
   bool isURI = false;
   /// The rank among the values of its property, 1 the first; 0 for none given.
@@ -34,6 +35,9 @@ struct KRVCardParameters {
 /// Reads the parameters of a line as they stand between the property's name and the colon, the leading ";" included:
 /// named or bare, quoted or not, repeated or in a list.
 KRVCardParameters krParseParameters(std::string_view text);
+
+/// The parameters of such a text one by one, without the ";" before them; empty ones are left out.
+std::vector<std::string_view> krSplitParameters(std::string_view text);
 
 /// Remembers what parameters mean, as a file has few different ones. Not locked.
 class KRVCardParameterCache {

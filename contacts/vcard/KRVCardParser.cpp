@@ -6,21 +6,9 @@
 #include "contacts/model/KRLabelTable.h"
 #include "contacts/vcard/KRVCardValues.h"
 
-namespace {
-
-using Place = KRCardDraft::Place;
-
-Place part(const Place& whole, size_t from, size_t size) {
-  return {whole.offset + static_cast<uint32_t>(from), static_cast<uint32_t>(size), whole.isDecoded};
-}
-
-}  // namespace
-
 void KRVCardParser::start(const char* card, const char* end) {
-  card_ = card;
-  end_ = end;
   draft_.start(card, end);
-  version_ = Version::Unknown;
+  values_.start(card, end);
   isGroup_ = false;
   isOrganisation_ = false;
   hasName_ = false;
@@ -34,6 +22,7 @@ void KRVCardParser::start(const char* card, const char* end) {
 
 void KRVCardParser::take(const KRVCardLine& line) {
   line_ = &line;
+  values_.setLine(line);
   if (line.name.empty()) {
     pass(KRVCardReason::NoColon);
     return;
@@ -41,7 +30,7 @@ void KRVCardParser::take(const KRVCardLine& line) {
   const KRVCardProperty& property = krVCardProperty(line.name);
   switch (property.meaning) {
     case KRVCardMeaning::Version:
-      version_ = krTrimmedBlanks(line.value) == "2.1" ? Version::V21 : Version::Later;
+      values_.setVersion(krTrimmedBlanks(line.value));
       break;
     case KRVCardMeaning::FormattedName:
       if (formattedName_.isEmpty()) formattedName_ = decode(line.value);
@@ -114,95 +103,31 @@ void KRVCardParser::take(const KRVCardLine& line) {
   }
 }
 
-bool KRVCardParser::is21() {
-  if (version_ == Version::Unknown) {
-    // The line may stand anywhere in the card.
-    const std::string_view rest(card_, static_cast<size_t>(end_ - card_));
-    const size_t end = rest.find("END:");
-    const size_t place = rest.substr(0, end).find("VERSION:2.1");
-    version_ = place == std::string_view::npos ? Version::Later : Version::V21;
-  }
-  return version_ == Version::V21;
-}
-
-bool KRVCardParser::isASCII() const noexcept {
-  return (line_->flags & (KRVCardScan::High | KRVCardScan::Escape)) == 0;
-}
-
-KREscapes KRVCardParser::escapes(Shape shape) {
-  if (!is21()) return KREscapes::Full;
-  return shape == Shape::Text ? KREscapes::Text21 : KREscapes::Structured21;
-}
-
-KRCardDraft::Place KRVCardParser::undoEscapes(std::string_view text, Shape shape) {
-  // Quoted-printable may hide a backslash.
-  const bool isPlain =
-      (line_->flags & KRVCardScan::Backslash) == 0 && line_->parameters->encoding != KRVCardParameters::QuotedPrintable;
-  if (isPlain || text.find('\\') == std::string_view::npos) return draft_.place(text);
-  return draft_.place(krUndoEscapes(text, escapes(shape)));
-}
-
-KRCardDraft::Place KRVCardParser::decode(std::string_view raw, Shape shape) {
-  const KRVCardParameters& parameters = *line_->parameters;
-  std::string bytes;
-  if (parameters.encoding == KRVCardParameters::QuotedPrintable) {
-    bytes = krDecodeQuotedPrintable(raw);
-    raw = bytes;
-  } else if (isASCII()) {
-    return undoEscapes(raw, shape);
-  }
-  if (!KRVCardCharset::needsDecoding(raw, parameters.charset)) return undoEscapes(raw, shape);
-  const std::string_view document(card_, static_cast<size_t>(end_ - card_));
-  return undoEscapes(charset_.decode(raw, parameters.charset, document), shape);
-}
-
-const std::vector<KRCardDraft::Place>& KRVCardParser::split(char separator) {
-  parts_.clear();
-  std::string_view value = line_->value;
-  const KRVCardParameters& parameters = *line_->parameters;
-  // In some character sets a backslash or a semicolon may be half of a letter: such text is decoded before it is split.
-  // Quoted-printable is split first, as its encoded bytes are no separators.
-  const bool isQuotedPrintable = parameters.encoding == KRVCardParameters::QuotedPrintable;
-  const bool isWhole = !isQuotedPrintable || krStartsIgnoringCase(parameters.charset, "ISO-2022");
-  if (isWhole) {
-    std::string bytes;
-    if (isQuotedPrintable) value = bytes = krDecodeQuotedPrintable(value);
-    if (isQuotedPrintable || (!isASCII() && KRVCardCharset::needsDecoding(value, parameters.charset))) {
-      const std::string_view document(card_, static_cast<size_t>(end_ - card_));
-      whole_ = charset_.decode(value, parameters.charset, document);
-      value = whole_;
-    }
-  }
-  const bool hasEscapes = value.data() != line_->value.data() || (line_->flags & KRVCardScan::Backslash) != 0;
-  if (isWhole && !hasEscapes) {
-    // The parts are what stands between the separators.
-    const Place whole = draft_.place(value);
-    for (size_t at = 0; at <= value.size();) {
-      const size_t end = std::min(value.find(separator, at), value.size());
-      parts_.push_back(part(whole, at, end - at));
-      at = end + 1;
-    }
-    return parts_;
-  }
-  for (size_t at = 0; at <= value.size();) {
-    const size_t end = krFindUnescaped(value, separator, at);
-    const std::string_view raw = value.substr(at, end - at);
-    parts_.push_back(isWhole ? undoEscapes(raw, Shape::Structured) : decode(raw, Shape::Structured));
-    at = end + 1;
-  }
-  return parts_;
-}
-
 void KRVCardParser::takeName() {
   if (hasName_) return;
   constexpr uint8_t kParts[] = {static_cast<uint8_t>(KRCardPart::LastName), static_cast<uint8_t>(KRCardPart::FirstName),
                                 static_cast<uint8_t>(KRCardPart::MiddleName), static_cast<uint8_t>(KROrdinal::Title),
                                 static_cast<uint8_t>(KROrdinal::Suffix)};
-  const std::vector<Place>& parts = split(';');
+  std::vector<Place> parts = split(';');
+  if (parts.size() == 1) unpackName(parts);
   for (size_t i = 0; i < std::min(parts.size(), std::size(kParts)); ++i) {
     if (parts[i].isEmpty()) continue;
     draft_.add(kParts[i], parts[i]);
     hasName_ = true;
+  }
+}
+
+void KRVCardParser::unpackName(std::vector<Place>& parts) const {
+  // Some programs escape the separators too: a single part with all four of them is the whole name.
+  constexpr std::ptrdiff_t kSeparators = 4;
+  const Place whole = parts.front();
+  const std::string_view text = draft_.text(whole);
+  if (std::count(text.begin(), text.end(), ';') != kSeparators) return;
+  parts.clear();
+  for (size_t at = 0; at <= text.size();) {
+    const size_t end = std::min(text.find(';', at), text.size());
+    parts.push_back(whole.part(at, end - at));
+    at = end + 1;
   }
 }
 
@@ -234,7 +159,7 @@ void KRVCardParser::takeTags() {
 KRCardDraft::Place KRVCardParser::withoutScheme(const Place& uri, std::string_view scheme) {
   const std::string_view text = draft_.text(uri);
   if (!krStartsIgnoringCase(text, scheme)) return uri;
-  const Place rest = part(uri, scheme.size(), text.size() - scheme.size());
+  const Place rest = uri.part(scheme.size(), text.size() - scheme.size());
   if (draft_.text(rest).find('%') == std::string_view::npos) return rest;
   return draft_.place(krWellFormed(krDecodePercent(draft_.text(rest))));
 }
@@ -266,7 +191,7 @@ void KRVCardParser::takeAccount() {
   if (user.empty()) return;
   const std::string& service = line_->parameters->service;
   const auto from = static_cast<size_t>(user.data() - text.data());
-  const Place place = user.find('%') == std::string_view::npos ? part(value, from, user.size())
+  const Place place = user.find('%') == std::string_view::npos ? value.part(from, user.size())
                                                                : draft_.place(krWellFormed(krDecodePercent(user)));
   addAccount(place, krServiceKey(service.empty() ? scheme : std::string_view(service)));
 }
@@ -296,7 +221,7 @@ bool KRVCardParser::takeDataURI() {
     pass(KRVCardReason::BadPhoto);
     return true;
   }
-  const Place data = part(uri, comma + 1, text.size() - comma - 1);
+  const Place data = uri.part(comma + 1, text.size() - comma - 1);
   const std::string_view head = krTrimmedBlanks(text.substr(0, comma));
   constexpr std::string_view kMark = ";base64";
   if (head.size() < kMark.size() || !krEqualsIgnoringCase(head.substr(head.size() - kMark.size()), kMark)) {
@@ -314,7 +239,9 @@ void KRVCardParser::takePhoto() {
   // An address of a picture is not followed.
   if (line_->parameters->isURI) return;
   const bool isDeclared = line_->parameters->encoding == KRVCardParameters::Base64;
-  const std::string_view raw = isDeclared ? line_->raw : line_->value;
+  std::string_view raw = isDeclared ? line_->raw : line_->value;
+  std::string bytes;
+  if (line_->parameters->encoding == KRVCardParameters::QuotedPrintable) raw = bytes = krDecodeQuotedPrintable(raw);
   if (krIsBase64(raw) && (isDeclared || krIsPicture(krDecodeBase64(raw.substr(0, 16))))) {
     addImage(draft_.place(raw), KRCardRow::Base64);
   } else if (isDeclared && krSchemeOf(raw).empty() && !krTrimmedBlanks(raw).empty()) {
@@ -325,7 +252,10 @@ void KRVCardParser::takePhoto() {
 KRCardDraft::Place KRVCardParser::dateOf(const Place& written) {
   const std::string_view text = draft_.text(written);
   std::optional<KRDate> date = krParseCardDate(text);
-  if (date && line_->parameters->omitsYear) date = KRDate::make(std::nullopt, date->month(), date->day());
+  // A year that somebody filled in later is no stand-in, though the parameter stayed.
+  if (date && date->hasYear() && date->year() == line_->parameters->omittedYear) {
+    date = KRDate::make(std::nullopt, date->month(), date->day());
+  }
   if (!date) {
     if (!text.empty()) pass(KRVCardReason::BadDate);
     return {};
@@ -372,7 +302,7 @@ void KRVCardParser::takeGiven(bool isLabel) {
   const std::string_view text = draft_.text(value);
   if (isLabel) {
     const std::string_view name = krUnwrappedLabel(text);
-    value = part(value, static_cast<size_t>(name.data() - text.data()), name.size());
+    value = value.part(static_cast<size_t>(name.data() - text.data()), name.size());
   }
   if (value.isEmpty()) return;
   if (isLabel) {
@@ -442,7 +372,7 @@ void KRVCardParser::finishName() {
   if (draft_.has(KROrdinal::Company) && draft_.text(company_) == name) return;
   const std::vector<KRVCardWord> words = krWordsOf(name);
   if (words.empty()) return;
-  const auto word = [&](size_t i) { return part(formattedName_, words[i].begin, words[i].end - words[i].begin); };
+  const auto word = [&](size_t i) { return formattedName_.part(words[i].begin, words[i].end - words[i].begin); };
   draft_.add(KRCardPart::FirstName, word(0));
   if (words.size() == 2) draft_.add(KRCardPart::LastName, word(1));
   if (words.size() < 3) return;

@@ -6,12 +6,11 @@
 #include <vector>
 
 #include "contacts/vcard/KRCardDraft.h"
-#include "contacts/vcard/KRVCardCharset.h"
 #include "contacts/vcard/KRVCardLabels.h"
 #include "contacts/vcard/KRVCardLines.h"
 #include "contacts/vcard/KRVCardNote.h"
 #include "contacts/vcard/KRVCardProperty.h"
-#include "contacts/vcard/KRVCardText.h"
+#include "contacts/vcard/KRVCardValueReader.h"
 #include "platform/KRText.h"
 
 /// Turns the lines of one card into the rows of a record. Used for one card after the other; not locked.
@@ -20,6 +19,10 @@
 /// files: the first value of a single-valued property counts, empty values are none, no text is trimmed.
 class KRVCardParser {
  public:
+  KRVCardParser() = default;
+  KRVCardParser(const KRVCardParser&) = delete;
+  KRVCardParser& operator=(const KRVCardParser&) = delete;
+
   /// Starts a card at `card`, in a text that ends at `end`.
   void start(const char* card, const char* end);
   /// Takes one line, anything but the card's own BEGIN and END.
@@ -29,6 +32,8 @@ class KRVCardParser {
 
   /// Whether the card is that of a group, known after its last line.
   bool isGroup() const noexcept { return isGroup_; }
+  /// What the lines so far have made.
+  const KRCardDraft& draft() const noexcept { return draft_; }
   /// What was passed over in this card, with the lines' numbers.
   struct Passed {
     KRVCardReason reason;
@@ -37,25 +42,18 @@ class KRVCardParser {
   const std::vector<Passed>& passed() const noexcept { return passed_; }
 
   /// Starts another document: what was guessed about the last one's character set does not hold.
-  void startDocument() { charset_.reset(); }
-  const std::string& documentCharset() const noexcept { return charset_.documentCharset(); }
+  void startDocument() { values_.startDocument(); }
+  const std::string& documentCharset() const noexcept { return values_.documentCharset(); }
 
  private:
   using Place = KRCardDraft::Place;
   using Entry = KRCardDraft::Entry;
 
-  enum class Shape { Text, Structured };
-  bool is21();
-  /// Whether the line has nothing but ASCII, and no escape sequences.
-  bool isASCII() const noexcept;
-  KREscapes escapes(Shape shape);
-  /// The text of the line's value, or of a part of it that is written the same way.
-  Place decode(std::string_view raw, Shape shape = Shape::Text);
-  Place undoEscapes(std::string_view text, Shape shape);
-  /// The parts of the line's value between separators, each decoded.
-  const std::vector<Place>& split(char separator);
+  Place decode(std::string_view raw) { return values_.decode(raw); }
+  const std::vector<Place>& split(char separator) { return values_.split(separator); }
 
   void takeName();
+  void unpackName(std::vector<Place>& parts) const;
   void takeOrganisation();
   void takeFirstText(KROrdinal ordinal);
   void takeTags();
@@ -86,13 +84,9 @@ class KRVCardParser {
 
   KRCardDraft draft_;
   KRCardSlabs slabs_;
-  KRVCardCharset charset_;
-  const char* card_ = nullptr;
-  const char* end_ = nullptr;
+  KRVCardValueReader values_{draft_};
   const KRVCardLine* line_ = nullptr;
 
-  enum class Version : uint8_t { Unknown, V21, Later };
-  Version version_ = Version::Unknown;
   bool isGroup_ = false;
   bool isOrganisation_ = false;
   bool hasName_ = false;
@@ -100,9 +94,6 @@ class KRVCardParser {
   Place company_;
   Place department_;
   std::array<Place, 3> sound_;
-  std::vector<Place> parts_;
   KRVCardLabels labels_;
   std::vector<Passed> passed_;
-  /// The line's whole value where it had to be decoded before it could be split.
-  std::string whole_;
 };

@@ -46,9 +46,12 @@ constexpr KRVCardProperty kProperties[] = {
     {"X-MATRIX", M::ServiceAccount, O::InstantMessage, "matrix"},
     {"X-TELEGRAM", M::ServiceAccount, O::InstantMessage, "telegram"},
     {"X-WHATSAPP", M::ServiceAccount, O::InstantMessage, "whatsapp"},
+    {"X-SIP", M::ServiceAccount, O::InstantMessage, "sip"},
+    {"X-MS-IMADDRESS", M::Account, O::InstantMessage, ""},
     {"X-FACEBOOK", M::ServiceAccount, O::InstantMessage, "facebook"},
     {"PHOTO", M::Photo, O::Thumbnail, ""},
     {"URL", M::TextEntry, O::URL, ""},
+    {"X-EVOLUTION-BLOG-URL", M::TextEntry, O::URL, "blog"},
     {"X-SOCIALPROFILE", M::TextEntry, O::SocialProfile, ""},
     {"SOCIALPROFILE", M::TextEntry, O::SocialProfile, ""},
     {"X-TWITTER", M::TextEntry, O::SocialProfile, "twitter"},
@@ -81,6 +84,8 @@ constexpr KRVCardProperty kProperties[] = {
     {"AGENT", M::Agent, O::Other, ""},
     {"X-ANDROID-CUSTOM", M::AndroidCustom, O::Other, ""},
     {"SOUND", M::Sound, O::Other, ""},
+    // Our own, for what no other line holds.
+    {"X-KR-OTHER", M::TextEntry, O::Other, ""},
 };
 
 constexpr KRVCardProperty kUnknown{};

@@ -39,6 +39,7 @@ KRVCardReader::KRVCardReader(PersonSink persons, KRVCardNoteSink notes, size_t b
 void KRVCardReader::startFile(std::string_view start) {
   isStarted_ = true;
   encoding_ = krGuessEncoding(start.substr(0, kStart));
+  passed_ = 0;
   lineNumber_ = 1;
   cardNumber_ = 0;
   isInJunk_ = false;
@@ -58,8 +59,10 @@ void KRVCardReader::feed(std::string_view bytes) {
     enough_ = buffer_.size() * 2;
     return;
   }
-  const size_t done = mark + run(std::string_view(buffer_).substr(mark), false);
-  buffer_.erase(0, done);
+  passed_ += mark;
+  const size_t done = run(std::string_view(buffer_).substr(mark), false);
+  passed_ += done;
+  buffer_.erase(0, mark + done);
   // A card that is not whole yet is looked at again when there is twice as much of it.
   enough_ = std::max(block_, buffer_.size() * 2);
 }
@@ -89,7 +92,14 @@ void KRVCardReader::read(std::string_view bytes) {
     if (text) run(text->utf8, true);
     return;
   }
-  run(bytes.substr(krMarkSize(bytes, encoding_)), true);
+  passed_ = krMarkSize(bytes, encoding_);
+  run(bytes.substr(passed_), true);
+}
+
+void KRVCardReader::readText(std::string_view utf8) {
+  startFile({});
+  isStarted_ = false;
+  run(utf8, true);
 }
 
 void KRVCardReader::read(std::string_view bytes, KRAddressBook& book, KRVCardNoteSink notes) {
@@ -105,7 +115,8 @@ KRRef<ABPerson> KRVCardReader::readOne(std::string_view text) {
   });
   text.remove_prefix(krMarkSize(text, KRTextEncoding::Utf8));
   const size_t start = std::min(text.find_first_not_of("\r\n"), text.size());
-  KRVCardLines lines;
+  // It remembers the lines that it met, which would cost more to make than a card to read.
+  static thread_local KRVCardLines lines;
   KRVCardLine line;
   lines.start(text.substr(start), true, 1);
   if (lines.next(line) != KRVCardLines::Result::Line || !line.isBegin()) return {};
@@ -121,6 +132,12 @@ void KRVCardReader::note(KRVCardReason reason, size_t line, bool isCardLost) {
   if (notes_) notes_({reason, line, cardNumber_, isCardLost});
 }
 
+void KRVCardReader::tellPlace(KRVCardPlace::Kind kind, const char* end, KRVCardReason reason) {
+  if (!places_) return;
+  const size_t offset = passed_ + static_cast<size_t>(card_ - text_);
+  places_({kind, offset, static_cast<size_t>(end - card_), cardLine_, cardNumber_, reason});
+}
+
 void KRVCardReader::startCard(const char* at, size_t line) {
   card_ = at;
   cardLine_ = line;
@@ -134,15 +151,19 @@ void KRVCardReader::startCard(const char* at, size_t line) {
 
 void KRVCardReader::endCard(const char* end) {
   const std::string_view card(card_, static_cast<size_t>(end - card_));
+  using Kind = KRVCardPlace::Kind;
+  const bool isTooLarge = card.size() > kLargestCard;
+  tellPlace(isTooLarge ? Kind::Lost : parser_.isGroup() ? Kind::Group : Kind::Contact, end, KRVCardReason::TooLarge);
   card_ = nullptr;
   lines_.setReturnsEndLines(true);
   for (const KRVCardParser::Passed& passed : parser_.passed()) note(passed.reason, passed.line, false);
-  if (card.size() > kLargestCard) {
+  if (isTooLarge) {
     note(KRVCardReason::TooLarge, cardLine_, true);
     return;
   }
   if (parser_.isGroup()) {
     ++counts_.groups;
+    if (groups_) groups_(krMake<ABPerson>(parser_.finish(card)));
     return;
   }
   ++counts_.persons;
@@ -165,6 +186,7 @@ bool KRVCardReader::takeInside(const KRVCardLine& line) {
   isAfterAgent_ = false;
   if (isBegin && !opens) {
     // The card has lost its end.
+    tellPlace(KRVCardPlace::Kind::Lost, line.bytes.data());
     note(KRVCardReason::CutOff, cardLine_, true);
     startCard(line.bytes.data(), line.number);
     return true;
@@ -188,6 +210,7 @@ bool KRVCardReader::takeInside(const KRVCardLine& line) {
 }
 
 size_t KRVCardReader::run(std::string_view text, bool isWhole) {
+  text_ = text.data();
   lines_.start(text, isWhole, lineNumber_);
   KRVCardLine line;
   while (true) {
@@ -204,6 +227,8 @@ size_t KRVCardReader::run(std::string_view text, bool isWhole) {
   if (card_ != nullptr) {
     const bool isTooLarge = static_cast<size_t>(lines_.end() - card_) > kLargestCard;
     if (isWhole || isTooLarge) {
+      const KRVCardReason reason = isTooLarge ? KRVCardReason::TooLarge : KRVCardReason::CutOff;
+      tellPlace(KRVCardPlace::Kind::Lost, lines_.end(), reason);
       note(isTooLarge ? KRVCardReason::TooLarge : KRVCardReason::CutOff, cardLine_, true);
     } else {
       // Read again from its start when more of it is there.

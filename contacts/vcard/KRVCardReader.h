@@ -13,6 +13,26 @@
 
 class KRAddressBook;
 
+/// Where a card stands in what was read.
+struct KRVCardPlace {
+  enum class Kind : uint8_t {
+    Contact,
+    Group,
+    /// Passed over: it has no end, or is too large.
+    Lost,
+  };
+  Kind kind = Kind::Contact;
+  /// The first byte and the count of them, from BEGIN to behind the line end of END; counted from the start of the
+  /// bytes, in UTF-16 and UTF-32 from the start of the text as UTF-8 without its mark.
+  size_t offset = 0;
+  size_t size = 0;
+  /// Number of its first line, and of the card, from 1.
+  size_t line = 0;
+  size_t number = 0;
+  /// Why it was lost.
+  KRVCardReason reason = KRVCardReason::CutOff;
+};
+
 /// Reads vCards of all versions from a stream of bytes and hands out a record for each contact, in the file's order.
 ///
 /// It takes what people have: any line ends, upper and lower case, text before, between and behind the cards, any
@@ -30,6 +50,13 @@ class KRVCardReader {
   /// `block` is how many bytes are gathered before they are looked at; a test sets it to one.
   explicit KRVCardReader(PersonSink persons, KRVCardNoteSink notes = {}, size_t block = kBlock);
 
+  using PlaceSink = std::function<void(const KRVCardPlace&)>;
+  /// Called for every card, before the person sink is.
+  void setPlaceSink(PlaceSink places) { places_ = std::move(places); }
+
+  /// Where the cards of groups go, each as a record of what it says; they go nowhere unless this is set.
+  void setGroups(PersonSink groups) { groups_ = std::move(groups); }
+
   /// Takes the next bytes of the file.
   void feed(std::string_view bytes);
   /// Ends the file; the next `feed` starts another one.
@@ -37,6 +64,8 @@ class KRVCardReader {
 
   /// Reads a whole file that is in memory already, without a copy of it.
   void read(std::string_view bytes);
+  /// The same for text whose encoding is known to be UTF-8, without a mark.
+  void readText(std::string_view utf8);
   /// The same into a book.
   static void read(std::string_view bytes, KRAddressBook& book, KRVCardNoteSink notes = {});
   /// The person of the card with which the text starts, or nothing when it starts with none or with that of a group.
@@ -64,9 +93,12 @@ class KRVCardReader {
   void startCard(const char* at, size_t line);
   void endCard(const char* end);
   void note(KRVCardReason reason, size_t line, bool isCardLost);
+  void tellPlace(KRVCardPlace::Kind kind, const char* end, KRVCardReason reason = KRVCardReason::CutOff);
 
   PersonSink persons_;
+  PersonSink groups_;
   KRVCardNoteSink notes_;
+  PlaceSink places_;
   Counts counts_;
   KRVCardLines lines_;
   KRVCardParser parser_;
@@ -77,6 +109,9 @@ class KRVCardReader {
   size_t enough_;
   bool isStarted_ = false;
   KRTextEncoding encoding_ = KRTextEncoding::Utf8;
+  /// How many bytes stand before the text that is looked at, and where that begins.
+  size_t passed_ = 0;
+  const char* text_ = nullptr;
   size_t lineNumber_ = 1;
   size_t cardNumber_ = 0;
   bool isInJunk_ = false;

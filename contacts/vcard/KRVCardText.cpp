@@ -6,17 +6,13 @@
 
 namespace {
 
-constexpr char lower(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 constexpr bool isDigit(char c) noexcept {
   return c >= '0' && c <= '9';
 }
 
 int hexDigit(char c) noexcept {
   if (isDigit(c)) return c - '0';
-  const char letter = lower(c);
+  const char letter = krLowerASCII(c);
   return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
@@ -74,6 +70,27 @@ bool isTime(std::string_view text) noexcept {
   return text.empty() || text[0] == 'T' || text[0] == 't' || text[0] == ' ' || text[0] == 'Z' || text[0] == '+';
 }
 
+/// The years that stand for none.
+bool isNoYear(int year) noexcept {
+  return year == 0 || year == 1604;
+}
+
+/// A month and a day of one or two digits behind a year, all with the same separator, as in "1990/4/14".
+std::optional<KRDate> parseSeparated(std::string_view text, int year) noexcept {
+  constexpr size_t kYear = 4;
+  if (text.size() <= kYear || std::string_view("-/.").find(text[kYear]) == std::string_view::npos) return std::nullopt;
+  const auto shortNumber = [&](size_t at, size_t& end) {
+    end = at + (at + 1 < text.size() && isDigit(text[at + 1]) ? 2 : 1);
+    return digits(text, at, end - at);
+  };
+  size_t end = 0;
+  const int month = shortNumber(kYear + 1, end);
+  if (month < 0 || end >= text.size() || text[end] != text[kYear]) return std::nullopt;
+  const int day = shortNumber(end + 1, end);
+  if (day < 0 || !isTime(text.substr(end))) return std::nullopt;
+  return KRDate::make(isNoYear(year) ? std::nullopt : std::optional<int>(year), month, day);
+}
+
 bool isBackslashEscape(char next, KREscapes escapes) noexcept {
   if (next == ';' || next == ',' || next == ':') return true;
   if (next == '\\') return escapes != KREscapes::Text21;
@@ -81,20 +98,6 @@ bool isBackslashEscape(char next, KREscapes escapes) noexcept {
 }
 
 }  // namespace
-
-bool krEqualsIgnoringCase(std::string_view a, std::string_view b) noexcept {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (a[i] != b[i] && lower(a[i]) != lower(b[i])) return false;
-  }
-  return true;
-}
-
-std::string krLowerASCII(std::string_view text) {
-  std::string lowered(text);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(), lower);
-  return lowered;
-}
 
 std::string_view krTrimmedBlanks(std::string_view text) noexcept {
   const auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
@@ -105,6 +108,18 @@ std::string_view krTrimmedBlanks(std::string_view text) noexcept {
 
 std::string krDecodeQuotedPrintable(std::string_view text) {
   return decodeHexPairs(text, '=');
+}
+
+std::string krWithLineFeeds(std::string bytes) {
+  if (bytes.find('\r') == std::string::npos) return bytes;
+  size_t size = 0;
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    const bool isReturn = bytes[i] == '\r';
+    if (isReturn && i + 1 < bytes.size() && bytes[i + 1] == '\n') continue;
+    bytes[size++] = isReturn ? '\n' : bytes[i];
+  }
+  bytes.resize(size);
+  return bytes;
 }
 
 std::string krDecodePercent(std::string_view text) {
@@ -120,6 +135,21 @@ bool krIsBase64(std::string_view text) noexcept {
     values += value < 64 ? 1 : 0;
   }
   return values >= 2;
+}
+
+std::string krEncodeBase64(std::string_view bytes) {
+  constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (size_t at = 0; at < bytes.size(); at += 3) {
+    uint32_t gathered = 0;
+    for (size_t i = 0; i < 3; ++i) {
+      gathered = gathered << 8U | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
+    }
+    const size_t digits = bytes.size() - at > 2 ? 4 : bytes.size() - at + 1;
+    for (size_t i = 0; i < 4; ++i) text.push_back(i < digits ? kAlphabet[gathered >> (18 - 6 * i) & 63U] : '=');
+  }
+  return text;
 }
 
 std::string krDecodeBase64(std::string_view text) {
@@ -179,8 +209,9 @@ std::optional<KRDate> krParseCardDate(std::string_view text) noexcept {
   } else {
     year = digits(text, 0, 4);
     if (*year < 0) return std::nullopt;
+    if (const auto separated = parseSeparated(text, *year)) return separated;
     text.remove_prefix(text.size() > 4 && text[4] == '-' ? 5 : 4);
-    if (*year == 0 || *year == 1604) year.reset();
+    if (isNoYear(*year)) year.reset();
   }
   const int month = digits(text, 0, 2);
   const size_t dayAt = text.size() > 2 && text[2] == '-' ? 3 : 2;

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <vector>
+
+#include "contacts/stores/KRAddressBookProvider.h"
+
+/// The books at a path, by what is there: a vCard file or a folder of them is one book, a library (SQLite) holds
+/// several. Never none: what cannot be told what it is, is one source whose opening tells why. The path is best
+/// absolute, since the books' identifiers are made from it.
+std::vector<KRBookSource> krBooksAtPath(KRText path);

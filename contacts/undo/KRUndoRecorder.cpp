@@ -1,0 +1,207 @@
+#include "contacts/undo/KRUndoRecorder.h"
+
+#include <sys/stat.h>
+#include <time.h>
+
+#include <atomic>
+#include <filesystem>
+#include <system_error>
+
+#include "contacts/undo/KRUndoMark.h"
+#include "contacts/undo/KRUndoPart.h"
+#include "platform/KRFile.h"
+#include "platform/KRFilePreferences.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::atomic<KRUndoRecorder*> openRecorder{nullptr};
+
+/// A path that means the same wherever a later run stands, and links followed.
+std::string wholePath(KRText path) {
+  std::error_code failed;
+  const fs::path whole = fs::weakly_canonical(fs::absolute(fs::path(path.view()), failed), failed);
+  return failed ? std::string(path.view()) : whole.string();
+}
+
+int64_t modeOf(const std::string& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+KRError named(const KRError& cause) {
+  return {cause.code, "no undo record can be written: " + cause.sentence};
+}
+
+}  // namespace
+
+// The note
+
+KRUndoNote::KRUndoNote(KRUndoNote&& other) noexcept
+    : recorder_(std::exchange(other.recorder_, nullptr)), part_(other.part_), files_(std::move(other.files_)) {}
+
+KRUndoNote::~KRUndoNote() {
+  if (recorder_ == nullptr) return;
+  for (const Watched& each : files_) {
+    if (!(KRFileStamp::of(std::string_view(each.path)) == each.stamp)) return;
+  }
+  recorder_->takeBack(part_);
+}
+
+// The run
+
+KRUndoRecorder::KRUndoRecorder(KRText title) : title_(title) {
+  KRUndoRecorder* none = nullptr;
+  if (openRecorder.compare_exchange_strong(none, this)) observePreferences();
+}
+
+KRUndoRecorder::~KRUndoRecorder() {
+  KRUndoRecorder* self = this;
+  if (!openRecorder.compare_exchange_strong(self, nullptr)) return;
+  KRFilePreferences::setObserver({});
+  if (!begun_) return;
+  if (kept_ == 0) static_cast<void>(KRUndoRecords::remove(begun_->run));
+  begun_.reset();
+  KRUndoRecords::prune(time(nullptr));
+}
+
+bool KRUndoRecorder::isOpen() noexcept {
+  return openRecorder.load() != nullptr;
+}
+
+void KRUndoRecorder::setTitle(KRText title, bool isUndo) {
+  KRUndoRecorder* recorder = openRecorder.load();
+  if (recorder == nullptr) return;
+  const std::lock_guard lock(recorder->lock_);
+  recorder->title_ = KRString(title);
+  recorder->isUndo_ = isUndo;
+}
+
+KRString KRUndoRecorder::failure() {
+  KRUndoRecorder* recorder = openRecorder.load();
+  if (recorder == nullptr) return {};
+  const std::lock_guard lock(recorder->lock_);
+  return recorder->failure_;
+}
+
+KRUndoRecorder::Pause::Pause() : paused_(openRecorder.exchange(nullptr)) {}
+
+KRUndoRecorder::Pause::~Pause() {
+  openRecorder.store(paused_);
+}
+
+void KRUndoRecorder::observePreferences() {
+  KRFilePreferences::setObserver([](const KRFilePreferences::Observed& change) {
+    KRUndoRecorder* recorder = openRecorder.load();
+    if (recorder == nullptr || change.before.isEqual(change.after)) return;
+    KRResult<KRUndoNote> note = record(KRUndoPart::kPreference, KRUndoPreference::of(change));
+    if (note) {
+      note->keep();
+      return;
+    }
+    const std::lock_guard lock(recorder->lock_);
+    recorder->failure_ = KRString(note.error().sentence);
+  });
+}
+
+// Taking note
+
+KRResult<KRUndoNote> KRUndoRecorder::record(KRText kind, const std::string& fields) {
+  KRUndoRecorder* recorder = openRecorder.load();
+  if (recorder == nullptr) return KRUndoNote();
+  return recorder->add(kind, fields, {});
+}
+
+KRResult<KRUndoNote> KRUndoRecorder::recordFile(KRText path, std::string_view after, KRText lockedAt) {
+  KRUndoRecorder* recorder = openRecorder.load();
+  return recorder == nullptr ? KRUndoNote() : recorder->addFile(path, after, lockedAt);
+}
+
+KRResult<KRUndoNote> KRUndoRecorder::recordRemoval(KRText path, KRText lockedAt) {
+  KRUndoRecorder* recorder = openRecorder.load();
+  return recorder == nullptr ? KRUndoNote() : recorder->addFile(path, {}, lockedAt);
+}
+
+KRResult<KRUndoNote> KRUndoRecorder::addFile(KRText path, std::optional<std::string_view> after, KRText lockedAt) {
+  const KRResult<KRBuffer> before = KRFile::read(path);
+  if (!before && before.error().code != KRErrorCode::NotFound) return named(before.error());
+  File file = {std::string(path.view()), {}, after};
+  if (before) file.before = before->view();
+  if (file.before == file.after) return KRUndoNote();
+  return addFiles({}, lockedAt.isNothing() ? path : lockedAt, 0, {std::move(file)});
+}
+
+KRResult<KRUndoNote> KRUndoRecorder::recordFiles(KRText folder, uint64_t rest, const std::vector<File>& files) {
+  KRUndoRecorder* recorder = openRecorder.load();
+  if (recorder == nullptr) return KRUndoNote();
+  return recorder->addFiles(folder, folder, rest, files);
+}
+
+KRResult<KRUndoNote> KRUndoRecorder::addFiles(KRText folder, KRText lockedAt, uint64_t rest,
+                                              const std::vector<File>& files) {
+  KRUndoFiles content;
+  content.folder = folder.isNothing() ? std::string() : wholePath(folder);
+  content.lockedAt = wholePath(lockedAt);
+  content.rest = rest;
+  std::vector<std::string> kept;
+  std::vector<KRUndoNote::Watched> watched;
+  for (const File& each : files) {
+    // The name of a file of a folder says where it stands, also when it is a link.
+    const std::string path = folder.isNothing() ? wholePath(std::string_view(each.path)) : each.path;
+    KRUndoFiles::File file;
+    file.path = folder.isNothing() ? path : fs::path(path).filename().string();
+    if (each.before) {
+      file.before = krUndoMark(*each.before);
+      file.mode = modeOf(path);
+    }
+    if (each.after) file.after = krUndoMark(*each.after);
+    content.files.push_back(std::move(file));
+    kept.push_back(each.before ? path : std::string());
+    watched.push_back({path, KRFileStamp::of(std::string_view(path))});
+  }
+  KRResult<KRUndoNote> note = add(KRUndoPart::kFiles, content.fields(), kept);
+  if (note) note->files_ = std::move(watched);
+  return note;
+}
+
+KRResult<KRUndoNote> KRUndoRecorder::add(KRText kind, const std::string& fields, const std::vector<std::string>& kept) {
+  const std::lock_guard lock(lock_);
+  if (!begun_) {
+    KRResult<KRUndoRecords::Begun> begun = KRUndoRecords::begin(title_, isUndo_);
+    if (!begun) return named(begun.error());
+    begun_ = *std::move(begun);
+  }
+  ++parts_;
+  if (KRResult<void> written = writePart(kind, fields, kept); !written) return named(written.error());
+  ++kept_;
+  KRUndoNote note;
+  note.recorder_ = this;
+  note.part_ = parts_;
+  return note;
+}
+
+KRResult<void> KRUndoRecorder::writePart(KRText kind, const std::string& fields, const std::vector<std::string>& kept) {
+  for (size_t i = 0; i < kept.size(); ++i) {
+    if (kept[i].empty()) continue;
+    const std::string place = begun_->run.at(parts_, std::to_string(i));
+    if (KRResult<void> done = KRFile::keep(std::string_view(kept[i]), std::string_view(place)); !done) return done;
+  }
+  KRUndoWriter part;
+  part.add(kind).addBytes(fields);
+  KRFile::WriteOptions options;
+  options.isPrivate = true;
+  // The flush of the folder that ends this makes the files above safe too.
+  return KRFile::write(std::string_view(begun_->run.at(parts_, "part")), part.take(), options);
+}
+
+void KRUndoRecorder::takeBack(int64_t part) {
+  const std::lock_guard lock(lock_);
+  std::error_code ignored;
+  if (fs::remove(begun_->run.at(part, "part"), ignored)) --kept_;
+  const std::string start = std::to_string(part) + ".";
+  for (const auto& entry : fs::directory_iterator(begun_->run.folder, ignored)) {
+    std::error_code failed;
+    if (entry.path().filename().string().compare(0, start.size(), start) == 0) fs::remove(entry.path(), failed);
+  }
+}
