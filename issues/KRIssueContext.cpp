@@ -3,35 +3,11 @@
 #include <algorithm>
 
 #include "handles/KRIssueHandle.h"
+#include "issues/KRFindingsAhead.h"
 #include "issues/KRIssueFindResult.h"
-#include "issues/KRPlaceTable.h"
-#include "platform/KRCaseFolding.h"
+#include "issues/KRSortNames.h"
 #include "platform/KRFatal.h"
-
-namespace {
-
-/// What a finding is sorted by, worked out once: the name without its case, and the first bytes of it as a number, so
-/// that most comparisons need not look at the text.
-struct SortKey {
-  uint64_t prefix;
-  uint32_t place;
-};
-
-uint64_t prefixOf(std::string_view text) noexcept {
-  uint64_t prefix = 0;
-  for (size_t i = 0; i < sizeof prefix; ++i) {
-    prefix = (prefix << 8U) | (i < text.size() ? static_cast<unsigned char>(text[i]) : 0U);
-  }
-  return prefix;
-}
-
-KRString sortName(const IKRPerson& person) {
-  KRString name = person.nameChineesPinyin();
-  if (name.isNothing()) name = person.displayName();
-  return name.isNothing() ? ""_kr : name;
-}
-
-}  // namespace
+#include "platform/KRHashIndex.h"
 
 KRIssueContext::KRIssueContext(KRRef<KRIssue> issue) : issue_(std::move(issue)) {}
 
@@ -78,10 +54,10 @@ void KRIssueContext::removeIssueObject(KRIssueObject* object) {
 KRPersonArray KRIssueContext::allPersons() {
   if (const auto known = allArray_.get()) return *known;
   std::vector<IKRPerson*> all;
-  KRPlaceTable places;
+  KRHashIndex places;
   const auto isListed = [&](const IKRPerson* person) {
     const auto isIt = [&](uint32_t place) { return krEqualObjects(all[place], person); };
-    return places.find(person->hash(), isIt) != KRPlaceTable::kNone;
+    return places.find(person->hash(), isIt) != KRHashIndex::kNone;
   };
   for (const KRIssueObject& object : objects_) {
     const KRPersonArray persons = object.persons();
@@ -138,24 +114,9 @@ void KRIssueContext::fixAllForProgress(const KRProgress& progress) {
 }
 
 void KRIssueContext::sort() {
-  std::vector<KRString> names;
-  std::vector<SortKey> keys;
+  KRSortNames names;
   names.reserve(objects_.count());
-  keys.reserve(objects_.count());
-  for (const KRIssueObject& object : objects_) {
-    const KRPersonArray persons = object.persons();
-    names.push_back(krCaselessKey(sortName(*persons.first())));
-    keys.push_back({prefixOf(names.back().view()), static_cast<uint32_t>(keys.size())});
-  }
-  const auto isBefore = [&](const SortKey& a, const SortKey& b) {
-    if (a.prefix != b.prefix) return a.prefix < b.prefix;
-    const int order = names[a.place].view().compare(names[b.place].view());
-    return order != 0 ? order < 0 : a.place < b.place;
-  };
-  if (std::is_sorted(keys.begin(), keys.end(), isBefore)) return;
-  std::sort(keys.begin(), keys.end(), isBefore);
-  std::vector<uint32_t> order;
-  order.reserve(keys.size());
-  for (const SortKey& key : keys) order.push_back(key.place);
-  objects_.reorder(order);
+  KRFindingsAhead(objects_).walk([&](const KRIssueObject& object) { names.add(*object.borrowPersons().first()); });
+  const std::vector<uint32_t> order = names.order();
+  if (!order.empty()) objects_.reorder(order);
 }

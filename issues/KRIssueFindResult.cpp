@@ -24,10 +24,7 @@ void KRIssueFindResult::addContext(KRIssueContext* context) {
   if (context == nullptr) return;
   contexts_.append(context);
   context->setResult(this);
-  for (KRIssueObject& object : context->objects()) {
-    const KRPersonArray persons = object.persons();
-    for (const IKRPerson* person : persons) index_->add(&object, person);
-  }
+  index_->addAll(context->objects());
   context->sort();
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "contacts/undo/KRUndoRecorder.h"
 #include "handles/KRIssueHandle.h"
 #include "issues/KRSharedInstance.h"
 #include "issues/KRStoredSettings.h"
@@ -137,6 +138,8 @@ KRIssueManager::KRIssueManager() {
 KRRef<KRIssueManager> KRIssueManager::init() {
   auto manager = krMake<KRIssueManager>();
   manager->useAll();
+  // No doing of the user's that could be undone.
+  const KRUndoRecorder::Pause pause;
   manager->saveToUserDefault();
   return manager;
 }

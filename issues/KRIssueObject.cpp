@@ -41,6 +41,5 @@ void KRIssueObject::fix() {
 }
 
 void KRIssueObject::removePerson(const IKRPerson* person) {
-  const KRPersonArray present = persons();
-  if (present.contains(person)) setPersons(present.without(person));
+  persons_.remove(person);
 }

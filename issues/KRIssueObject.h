@@ -1,8 +1,10 @@
 #pragma once
 
 #include "contacts/model/IKRPerson.h"
+#include "issues/KRFindingPersons.h"
 #include "platform/KRAtomic.h"
 #include "platform/KRGraphNode.h"
+#include "platform/KRPrefetch.h"
 #include "platform/KRString.h"
 #include "platform/KRValue.h"
 
@@ -33,6 +35,9 @@ class KRIssueObject : public KRGraphNode {
   KRPersonArray persons() const { return persons_.get(); }
   void setPersons(KRPersonArray persons) { persons_.set(std::move(persons)); }
 
+  /// The same without counting: valid until the persons change. For the thread that makes or fixes findings.
+  const KRPersonArray& borrowPersons() const { return persons_.borrow(); }
+
   /// The fix chosen for this finding, or nothing.
   KRRef<KRIssueHandle> handle() const;
   void setHandle(KRRef<KRIssueHandle> handle);
@@ -51,11 +56,17 @@ class KRIssueObject : public KRGraphNode {
   /// Replaces `persons` by a list that lacks the person, wherever it stood in it (written form: `removePerson:`). A
   /// person that the finding does not list changes nothing.
   void removePerson(const IKRPerson* person);
+  /// How many persons there are, and whether that one is among them, by the persons' own equality. Long lists are not
+  /// copied for it, nor by `removePerson` as long as nobody asks for `persons` in between. For the thread that fixes.
+  size_t personCount() const noexcept { return persons_.count(); }
+  /// Asks the processor for the memory that reading the persons takes. Says and changes nothing.
+  void prefetch() const noexcept { krPrefetch(&persons_); }
+  bool listsPerson(const IKRPerson* person) const { return persons_.contains(person); }
 
  private:
   KRAtomic<KRValue> info_;
   KRAtomic<KRString> describe_;
-  KRAtomic<KRPersonArray> persons_;
+  KRFindingPersons persons_;
   KRAtomic<KRRef<KRIssueHandle>> handle_;
   KREdge<KRIssueContext> context_;
 };

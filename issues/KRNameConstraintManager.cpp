@@ -3,6 +3,7 @@
 #include <atomic>
 #include <span>
 
+#include "contacts/undo/KRUndoRecorder.h"
 #include "issues/KRSharedInstance.h"
 #include "issues/KRStoredSettings.h"
 #include "platform/KRKeyedArchiver.h"
@@ -88,6 +89,8 @@ KRRef<KRNameConstraintManager> KRNameConstraintManager::init() {
   auto manager = krMake<KRNameConstraintManager>();
   manager->setDefaultPrefixValue();
   manager->setDefaultSuffixValue();
+  // No doing of the user's that could be undone.
+  const KRUndoRecorder::Pause pause;
   manager->saveToUserDefault();
   return manager;
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/KRHash.h"
+#include "platform/KRPrefetch.h"
 
 namespace {
 
@@ -40,52 +41,126 @@ void addOnce(KRList<KRIssueObject>& list, KRIssueObject* object) {
 KRPersonIndex::~KRPersonIndex() {
   if (owner_.diesWithGroup()) return;
   for (const Entry& entry : entries_) {
-    if (entry.only != nullptr) owner_.endReference(entry.only);
+    if (entry.first == nullptr) continue;
+    owner_.endReference(entry.first);
+    for (uint32_t at = entry.further; at != kNone; at = links_[at].next) owner_.endReference(links_[at].object);
   }
 }
 
-KRPersonIndex::Entry* KRPersonIndex::entryOf(int64_t key) {
-  const uint32_t place = places_.find(hashOf(key), [&](uint32_t at) { return entries_[at].key == key; });
-  return place == KRPlaceTable::kNone ? nullptr : &entries_[place];
+KRPersonIndex::Entry* KRPersonIndex::entryOf(int64_t key, uint64_t hash) {
+  const uint32_t place = places_.find(hash, [&](uint32_t at) { return entries_[at].key == key; });
+  return place == KRHashIndex::kNone ? nullptr : &entries_[place];
 }
 
-/// The list of an entry that has at least one finding; made of the only one on the first request.
+/// The list of an entry; made of its findings on the first request, and nothing when it has none.
 KRPersonIndex::List* KRPersonIndex::listOf(Entry& entry) {
-  if (entry.only != nullptr) {
-    entry.list = &lists_.emplace_back(owner_);
-    entry.list->append(entry.only);
-    owner_.endReference(std::exchange(entry.only, nullptr));
-  }
-  return entry.list;
+  if (entry.list != kNone) return &lists_[entry.list];
+  if (entry.first == nullptr) return nullptr;
+  entry.list = static_cast<uint32_t>(lists_.size());
+  List& list = lists_.emplace_back(owner_);
+  const auto move = [&](KRIssueObject* object) {
+    list.append(object);
+    owner_.endReference(object);
+  };
+  move(std::exchange(entry.first, nullptr));
+  for (uint32_t at = std::exchange(entry.further, kNone); at != kNone; at = links_[at].next) move(links_[at].object);
+  return &list;
 }
 
 KRPersonIndex::List* KRPersonIndex::findNumber(int64_t key) {
-  Entry* entry = entryOf(key);
+  Entry* entry = entryOf(key, hashOf(key));
   List* list = entry != nullptr ? listOf(*entry) : nullptr;
   return list != nullptr ? unlessEmpty(*list) : nullptr;
 }
 
-void KRPersonIndex::addNumber(KRIssueObject* object, int64_t key) {
-  Entry* entry = entryOf(key);
+void KRPersonIndex::addNumber(KRIssueObject* object, int64_t key, uint64_t hash) {
+  Entry* entry = entryOf(key, hash);
   if (entry == nullptr) {
-    places_.add(hashOf(key), static_cast<uint32_t>(entries_.size()));
+    places_.add(hash, static_cast<uint32_t>(entries_.size()));
     entry = &entries_.emplace_back(Entry{key});
   }
-  if (entry->only == object) return;
-  if (List* list = listOf(*entry)) return addOnce(*list, object);
+  if (entry->list != kNone) {
+    addOnce(lists_[entry->list], object);
+  } else if (entry->first == nullptr) {
+    owner_.beginReference(object);
+    entry->first = object;
+  } else {
+    addLink(*entry, object);
+  }
+}
+
+/// Adds a further finding to an entry that has one and no list.
+void KRPersonIndex::addLink(Entry& entry, KRIssueObject* object) {
+  if (entry.first == object) return;
+  uint32_t last = kNone;
+  size_t count = 1;
+  for (uint32_t at = entry.further; at != kNone; at = links_[at].next, ++count) {
+    if (links_[at].object == object) return;
+    last = at;
+  }
+  if (count == kLongest) return listOf(entry)->append(object);
   owner_.beginReference(object);
-  entry->only = object;
+  const auto added = static_cast<uint32_t>(links_.size());
+  links_.push_back({object});
+  (last == kNone ? entry.further : links_[last].next) = added;
 }
 
 void KRPersonIndex::removeNumber(const KRIssueObject* object, int64_t key) {
-  Entry* entry = entryOf(key);
+  Entry* entry = entryOf(key, hashOf(key));
   if (entry == nullptr || object == nullptr) return;
-  if (entry->list != nullptr) {
-    entry->list->remove(object);
-  } else if (entry->only == object) {
-    entry->only = nullptr;
-    owner_.endReference(object);
+  if (entry->list != kNone) {
+    lists_[entry->list].remove(object);
+  } else {
+    removeLink(*entry, object);
   }
+}
+
+/// Takes a finding out of an entry without a list. Its link is not used again: fixes take out what a run has added, and
+/// a run adds nothing afterwards.
+void KRPersonIndex::removeLink(Entry& entry, const KRIssueObject* object) {
+  if (entry.first == object) {
+    const uint32_t second = entry.further;
+    entry.first = second == kNone ? nullptr : links_[second].object;
+    if (second != kNone) entry.further = links_[second].next;
+    owner_.endReference(object);
+    return;
+  }
+  for (uint32_t* at = &entry.further; *at != kNone; at = &links_[*at].next) {
+    if (links_[*at].object != object) continue;
+    *at = links_[*at].next;
+    owner_.endReference(object);
+    return;
+  }
+}
+
+void KRPersonIndex::addAll(const KRList<KRIssueObject>& objects) {
+  std::vector<Pending> block;
+  block.reserve(kBlock);
+  for (KRIssueObject& object : objects) {
+    for (const IKRPerson* person : object.borrowPersons()) {
+      const int64_t key = numberOf(person);
+      const uint64_t hash = hashOf(key);
+      places_.prefetch(hash);
+      block.push_back({&object, key, hash, kNone});
+      if (block.size() == kBlock) addBlock(block);
+    }
+  }
+  addBlock(block);
+}
+
+/// Looks for the keys of a block together, so that they wait for memory together.
+void KRPersonIndex::addBlock(std::vector<Pending>& block) {
+  for (Pending& each : block) {
+    each.likely = places_.likely(each.hash);
+    if (each.likely != kNone) krPrefetch(entries_.data() + each.likely);
+  }
+  for (const Pending& each : block) {
+    if (each.likely != kNone && entries_[each.likely].further != kNone) {
+      krPrefetch(links_.data() + entries_[each.likely].further);
+    }
+  }
+  for (const Pending& each : block) addNumber(each.object, each.key, each.hash);
+  block.clear();
 }
 
 KRList<KRIssueObject>* KRPersonIndex::find(const IKRPerson* person) {
@@ -99,12 +174,12 @@ KRList<KRIssueObject>* KRPersonIndex::find(KRText key) {
 }
 
 void KRPersonIndex::add(KRIssueObject* object, const IKRPerson* person) {
-  addNumber(object, numberOf(person));
+  addNumber(object, numberOf(person), hashOf(numberOf(person)));
 }
 
 void KRPersonIndex::add(KRIssueObject* object, KRText key) {
   if (key.isNothing()) return;
-  if (const auto number = numberOf(key)) return addNumber(object, *number);
+  if (const auto number = numberOf(key)) return addNumber(object, *number, hashOf(*number));
   addOnce(texts_.try_emplace(KRString(key), owner_).first->second, object);
 }
 

@@ -1,0 +1,98 @@
+#include "issues/KRSortNames.h"
+
+#include <algorithm>
+#include <typeinfo>
+
+#include "contacts/model/ABPerson.h"
+#include "platform/KRCaseFolding.h"
+#include "platform/KRTransliteration.h"
+
+namespace {
+
+/// The first eight bytes as a number that compares as they do; a shorter text is filled with zeros.
+uint64_t numberOf(std::string_view text) noexcept {
+  uint64_t number = 0;
+  for (size_t i = 0; i < sizeof number; ++i) {
+    number = (number << 8U) | (i < text.size() ? static_cast<unsigned char>(text[i]) : 0U);
+  }
+  return number;
+}
+
+bool isAscii(std::string_view text) noexcept {
+  return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
+/// Appends the displayed name of a record when it is plain ASCII, as most are; false for any other.
+bool appendAsciiName(std::string& to, const IKRPerson& person, KRHold& hold) {
+  // What other classes display is their own affair.
+  if (typeid(person) != typeid(ABPerson)) return false;
+  const KRNameView name = person.readName(hold);
+  const size_t start = to.size();
+  for (const KRText part : {name.first, name.middle, name.last}) {
+    if (part.isEmpty()) continue;
+    if (!isAscii(part.view())) {
+      to.resize(start);
+      return false;
+    }
+    if (to.size() > start) to += ' ';
+    to += part.view();
+  }
+  return true;
+}
+
+KRString sortName(const IKRPerson& person) {
+  KRString name = person.nameChineesPinyin();
+  if (name.isNothing()) name = person.displayName();
+  return name.isNothing() ? ""_kr : name;
+}
+
+}  // namespace
+
+void KRSortNames::reserve(size_t count) {
+  starts_.reserve(count);
+  keys_.reserve(count);
+}
+
+void KRSortNames::appendName(const IKRPerson& person) {
+  hold_.empty();
+  const size_t start = names_.size();
+  if (appendAsciiName(names_, person, hold_)) {
+    krMandarinLatinKeyInPlace(names_, start);
+  } else {
+    names_ += krCaselessKey(sortName(person)).view();
+  }
+}
+
+void KRSortNames::add(const IKRPerson& person) {
+  const size_t start = names_.size();
+  appendName(person);
+  const std::string_view name = std::string_view(names_).substr(start);
+  const std::string_view second = name.substr(std::min(name.size(), sizeof(uint64_t)));
+  keys_.push_back(
+      {numberOf(name), numberOf(second), static_cast<uint32_t>(starts_.size()), static_cast<uint32_t>(name.size())});
+  starts_.push_back(start);
+}
+
+/// What of a name does not stand in its key.
+std::string_view KRSortNames::rest(const Key& key) const noexcept {
+  return std::string_view(names_).substr(starts_[key.place] + kInKey, key.size - kInKey);
+}
+
+bool KRSortNames::isBefore(const Key& a, const Key& b) const noexcept {
+  if (a.first != b.first) return a.first < b.first;
+  if (a.second != b.second) return a.second < b.second;
+  // A name that ends where another goes on comes first, also where the other goes on with zeros.
+  if (a.size <= kInKey || b.size <= kInKey) return a.size != b.size ? a.size < b.size : a.place < b.place;
+  const int order = rest(a).compare(rest(b));
+  return order != 0 ? order < 0 : a.place < b.place;
+}
+
+std::vector<uint32_t> KRSortNames::order() {
+  const auto before = [this](const Key& a, const Key& b) { return isBefore(a, b); };
+  std::vector<uint32_t> order;
+  if (std::is_sorted(keys_.begin(), keys_.end(), before)) return order;
+  std::sort(keys_.begin(), keys_.end(), before);
+  order.reserve(keys_.size());
+  for (const Key& key : keys_) order.push_back(key.place);
+  return order;
+}
