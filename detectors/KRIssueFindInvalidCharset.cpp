@@ -11,7 +11,7 @@ namespace {
 /// Whether a byte may stand in a phone number.
 constexpr std::array<bool, 256> kAllowedInPhone = [] {
   std::array<bool, 256> table{};
-  for (const unsigned char byte : std::string_view("0123456789 ()+-\xA0")) table[byte] = true;
+  for (const char byte : std::string_view("0123456789 ()+-\xA0")) table[static_cast<unsigned char>(byte)] = true;
   return table;
 }();
 
@@ -67,10 +67,7 @@ KRRef<KRIssueContext> KRIssueFindInvalidCharset::find(const KRPersonList* person
         const KRStringList emails = invalidEmails(person, hold);
         const KRStringList phones = invalidPhones(person, hold);
         if (emails.empty() && phones.empty()) return {};
-        KRRef<KRIssueObject> object = objectForPerson(&person);
-        object->setInfo(infoOf(phones, emails));
-        object->setDescribe(describeString(phones, emails));
-        return object;
+        return krFindingAboutPerson(&person, describeString(phones, emails), KRValue(infoOf(phones, emails)));
       },
       KRScanCount::FromOne);
 }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "contacts/model/IKRPerson.h"
+#include "detectors/KRPersonAhead.h"
 #include "issues/KRIssueContext.h"
 #include "issues/KRIssueObject.h"
 #include "platform/KRProgress.h"
@@ -37,8 +38,10 @@ KRRef<KRIssueContext> krScanSinglePersons(const KRRef<KRIssue>& issue, const KRP
                                           KRScanCount counted = KRScanCount::FromZero) {
   if (persons == nullptr || persons->isEmpty()) return {};
   auto context = krMake<KRIssueContext>(issue);
+  const KRPersonAhead ahead(*persons);
   KRHold hold;
   for (size_t i = 0; i < persons->count(); ++i) {
+    ahead.reach(i);
     hold.empty();
     if (KRRef<KRIssueObject> object = examine(*persons->at(i), hold)) context->addIssueObject(object.get());
     progress(krPercent(i + static_cast<size_t>(counted), persons->count()));

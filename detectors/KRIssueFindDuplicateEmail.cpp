@@ -1,0 +1,23 @@
+#include "detectors/KRIssueFindDuplicateEmail.h"
+
+#include "detectors/KRSeenValues.h"
+#include "detectors/KRSinglePersonScan.h"
+
+KRRef<KRIssueContext> KRIssueFindDuplicateEmail::find(const KRPersonList* persons, const KRProgress& progress) {
+  KRSeenValues<KRText> seen;
+  return krScanSinglePersons(issue(), persons, progress, [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
+    bool isRepeated = false;
+    seen.empty();
+    person.readEntries(KROrdinal::Email, hold, [&](const KREntryView& entry) {
+      if (entry.text.isNothing()) return true;
+      isRepeated = seen.placeOrAdd(entry.text) != KRSeenValues<KRText>::kNew;
+      return !isRepeated;
+    });
+    if (!isRepeated) return {};
+    return objectForPerson(&person);
+  });
+}
+
+KRRef<KRIssueObject> KRIssueFindDuplicateEmail::objectForPerson(IKRPerson* person) const {
+  return krFindingAboutPerson(person, "This Contact has duplicate email addresses."_kr);
+}

@@ -1,0 +1,52 @@
+#include "detectors/KRIssueFindDuplicatePhone.h"
+
+#include <vector>
+
+#include "detectors/KRSeenValues.h"
+#include "detectors/KRSinglePersonScan.h"
+
+namespace {
+
+/// Kept over a whole run, so that a contact needs no memory of its own.
+class Repeated {
+ public:
+  /// The numbers that the person holds more than once.
+  KRStringList of(const IKRPerson& person, KRHold& hold) {
+    seen_.empty();
+    isListed_.clear();
+    KRStringList numbers;
+    person.readEntries(KROrdinal::Phone, hold, [&](const KREntryView& entry) {
+      if (entry.text.isNothing()) return true;
+      const size_t place = seen_.placeOrAdd(entry.text);
+      if (place == KRSeenValues<KRText>::kNew) {
+        isListed_.push_back(false);
+      } else if (!isListed_[place]) {
+        isListed_[place] = true;
+        numbers.emplace_back(entry.text);
+      }
+      return true;
+    });
+    return numbers;
+  }
+
+ private:
+  KRSeenValues<KRText> seen_;
+  std::vector<bool> isListed_;
+};
+
+}  // namespace
+
+KRRef<KRIssueContext> KRIssueFindDuplicatePhone::find(const KRPersonList* persons, const KRProgress& progress) {
+  Repeated repeated;
+  return krScanSinglePersons(issue(), persons, progress, [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
+    const KRStringList numbers = repeated.of(person, hold);
+    if (numbers.empty()) return {};
+    KRRef<KRIssueObject> object = objectForPerson(&person);
+    object->setInfo(KRValueList::ofTexts(numbers));
+    return object;
+  });
+}
+
+KRRef<KRIssueObject> KRIssueFindDuplicatePhone::objectForPerson(IKRPerson* person) const {
+  return krFindingAboutPerson(person, "This Contact has duplicate phone numbers."_kr);
+}

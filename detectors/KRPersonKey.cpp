@@ -1,0 +1,168 @@
+#include "detectors/KRPersonKey.h"
+
+#include <typeinfo>
+
+#include "contacts/model/ABPerson.h"
+#include "contacts/model/KRAddressFormater.h"
+#include "contacts/model/KRObjectInstantMessage.h"
+#include "contacts/model/KRObjectPersonName.h"
+#include "contacts/model/KRStoredReading.h"
+
+namespace {
+
+/// An absent text is written out, so that it differs from an empty one.
+void append(std::string& to, KRText text) {
+  to.append(text.isNothing() ? std::string_view("(null)") : text.view());
+}
+
+void append(std::string& to, std::string_view label, KRText text, std::string_view end = {}) {
+  to.append(label);
+  append(to, text);
+  to.append(end);
+}
+
+void appendStart(std::string& to, KRText name) {
+  append(to, {}, name, ":");
+}
+
+void appendName(std::string& to, KRText first, KRText middle, KRText last) {
+  // The letters of the first label are kept on purpose: keys are compared with keys that hosts made before.
+  append(to, "fisrt:", first, "\t");
+  append(to, "middle:", middle, "\t");
+  append(to, "last:", last, "\t");
+}
+
+void appendAccount(std::string& to, KRText server, KRText userName) {
+  if (!server.isNothing()) append(to, "server:", server, "\t");
+  append(to, "userName:", userName, "\t");
+}
+
+void appendAddress(std::string& to, const KRAddressView& address) {
+  append(to, "code:", address.countryCode, "\t");
+  to += "address:";
+  KRAddressFormater::append(to, address);
+  to += '\t';
+}
+
+void appendTags(std::string& to, const KRValueList& tags) {
+  for (const KRValue& tag : tags.values()) append(to, {}, tag.description(), ",");
+}
+
+/// The object of the value when it is what the property holds.
+template <class T>
+const T* heldBy(KROrdinal holder, const KRValue& value, const KRProperty& property) {
+  return property.ordinal() == holder ? value.as<T>() : nullptr;
+}
+
+void appendSingle(std::string& to, const KRValue& value, const KRProperty& property) {
+  if (const auto* name = heldBy<KRObjectPersonName>(KROrdinal::Name, value, property)) {
+    appendName(to, name->first(), name->middle(), name->last());
+  } else if (const auto* tags = heldBy<KRValueList>(KROrdinal::Tags, value, property)) {
+    appendTags(to, *tags);
+  } else {
+    append(to, value.description());
+  }
+}
+
+/// The texts of a property that a person answers by views alone; nothing for none.
+void appendViews(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold) {
+  const KROrdinal ordinal = property.ordinal();
+  if (ordinal == KROrdinal::Name) {
+    const KRNameView name = person.readName(hold);
+    if (!name.isPresent) return;
+    appendStart(to, property.name());
+    appendName(to, name.first, name.middle, name.last);
+    return;
+  }
+  if (!property.isMultiple() && ordinal != KROrdinal::Tags) {
+    const KRText text = person.readText(ordinal, hold);
+    if (text.isNothing()) return;
+    appendStart(to, property.name());
+    append(to, text);
+    return;
+  }
+  bool isFirst = true;
+  person.readEntries(ordinal, hold, [&](const KREntryView& entry) {
+    if (isFirst) appendStart(to, property.name());
+    isFirst = false;
+    if (ordinal == KROrdinal::Tags) {
+      append(to, {}, entry.text, ",");
+      return true;
+    }
+    appendStart(to, entry.label);
+    if (entry.address != nullptr) {
+      appendAddress(to, *entry.address);
+    } else if (ordinal == KROrdinal::InstantMessage) {
+      appendAccount(to, entry.server, entry.text);
+    } else {
+      append(to, {}, entry.text, "\t");
+    }
+    return true;
+  });
+}
+
+/// The record that holds whatever the person holds, or null where some of it may be elsewhere.
+const KRCardRecord* wholeRecord(const IKRPerson& person) {
+  // Of classes made from that one nobody knows what they answer.
+  if (typeid(person) != typeid(ABPerson)) return nullptr;
+  const auto& record = static_cast<const ABPerson&>(person);
+  return record.isChanged() ? nullptr : &record.record();
+}
+
+bool mayHold(const KRCardRecord& record, KROrdinal property) {
+  if (property != KROrdinal::Name) return record.has(static_cast<uint8_t>(property));
+  return record.has(KRCardPart::FirstName) || record.has(KRCardPart::MiddleName) || record.has(KRCardPart::LastName);
+}
+
+}  // namespace
+
+void krAppendEntry(std::string& to, const KRMutableSingleValue& entry, const KRProperty& property) {
+  const KRRef<KRLabel> label = entry.label();
+  appendStart(to, label ? label->name() : KRString());
+  const KRValue& value = entry.value();
+  if (const auto* phone = heldBy<KRObjectPhone>(KROrdinal::Phone, value, property)) {
+    append(to, {}, phone->phoneNumber(), "\t");
+  } else if (const auto* email = heldBy<KRObjectEmail>(KROrdinal::Email, value, property)) {
+    append(to, {}, email->email(), "\t");
+  } else if (const auto* account = heldBy<KRObjectInstantMessage>(KROrdinal::InstantMessage, value, property)) {
+    appendAccount(to, account->server() != nullptr ? account->server()->name() : KRString(), account->userName());
+  } else if (const auto* address = heldBy<KRObjectAddress>(KROrdinal::Address, value, property)) {
+    appendAddress(to, krAddressView(*address));
+  } else if (value.isNothing() && property.ordinal() == KROrdinal::InstantMessage) {
+    appendAccount(to, {}, {});
+  } else if (value.isNothing() && property.ordinal() == KROrdinal::Address) {
+    appendAddress(to, {});
+  } else {
+    append(to, {}, value.description(), "\t");
+  }
+}
+
+void krAppendValue(std::string& to, const KRStoredValue& value, const KRProperty& property) {
+  appendStart(to, property.name());
+  if (const auto* multiple = dynamic_cast<const KRMutableMultipleValue*>(&value)) {
+    for (size_t i = 0; i < multiple->count(); ++i) krAppendEntry(to, *multiple->valueAtIndex(i), property);
+  } else if (const auto* single = dynamic_cast<const KRMutableSingleValue*>(&value)) {
+    appendSingle(to, single->value(), property);
+  } else {
+    append(to, value.description());
+  }
+}
+
+void krAppendProperty(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold) {
+  if (person.readsWhole(property.ordinal())) {
+    appendViews(to, person, property, hold);
+  } else if (const KRStoredValue* value = hold.keep(person.valueByProperty(&property))) {
+    krAppendValue(to, *value, property);
+  }
+}
+
+void krAppendPersonKey(std::string& to, const IKRPerson& person, KRText digest, KRHold& hold) {
+  const KRCardRecord* record = wholeRecord(person);
+  for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
+    if (property->ordinal() == KROrdinal::Thumbnail) continue;
+    // Most persons hold few properties: those that are not there are passed over in one step each.
+    if (record == nullptr || mayHold(*record, property->ordinal())) krAppendProperty(to, person, *property, hold);
+  }
+  to.append(digest.view());
+  if (person.isOrganization()) to.append(":OrgString##");
+}
