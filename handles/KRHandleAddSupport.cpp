@@ -1,11 +1,9 @@
 #include "handles/KRHandleAddSupport.h"
 
-#include <algorithm>
-
+#include "handles/KRAllowedTexts.h"
 #include "handles/KRHandleFinding.h"
 #include "handles/KRHandleTexts.h"
 #include "issues/KRIssueNames.h"
-#include "issues/KRNameConstraintManager.h"
 
 namespace {
 
@@ -15,13 +13,6 @@ constexpr KRHandleTexts kTexts[] = {
     {KRIssueUnusualSuffix, "Add to Allowed Suffixes List"_kr, "Add this suffix to Allowed Suffixes List."_kr},
     {KRString(), ""_kr, ""_kr},
 };
-
-/// Appends the text to the list unless it is there; whether it was appended.
-bool extend(KRStringList& items, const KRString& text) {
-  if (text.isNothing() || std::find(items.begin(), items.end(), text) != items.end()) return false;
-  items.push_back(text);
-  return true;
-}
 
 KRString textOf(const IKRPerson* person, const KRString& name) {
   const KRRef<KRMutableSingleValue> value = krSingleValueOf(person, name);
@@ -37,13 +28,10 @@ void KRHandleAddSupport::fix(KRIssueObject* issueObject) {
 void KRHandleAddSupport::fix(KRIssueObject* issueObject, const KRFlagProgress& progress) {
   const KRString issueName = krIssueNameOf(issueObject);
   const KRRef<IKRPerson> person = krMainPersonOf(issueObject);
-  KRNameConstraintManager& manager = KRNameConstraintManager::ShareNameConstrainManager();
   if (sameText(issueName, KRIssueUnusualTitle)) {
-    KRStringList items = manager.prefixItemArray();
-    if (extend(items, textOf(person.get(), KRProPertyTitle))) manager.setPrefixItemArray(&items);
+    krAllowPrefix(textOf(person.get(), KRProPertyTitle));
   } else if (sameText(issueName, KRIssueUnusualSuffix)) {
-    KRStringList items = manager.suffixItemArray();
-    if (extend(items, textOf(person.get(), KRProPertySuffix))) manager.setSuffixItemArray(&items);
+    krAllowSuffix(textOf(person.get(), KRProPertySuffix));
   }
   krReportFixed(progress);
   resetFindResult(issueObject);

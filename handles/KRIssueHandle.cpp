@@ -1,11 +1,21 @@
 #include "handles/KRIssueHandle.h"
 
+#include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <span>
 #include <string_view>
 #include <vector>
 
+#include "contacts/KRTrashAddressBook.h"
+#include "contacts/model/ABPerson.h"
+#include "contacts/model/KRAddressBook.h"
+#include "contacts/stores/KRStoredBook.h"
+#include "contacts/vcard/KRVCardGroupRewriter.h"
+#include "contacts/vcard/KRVCardJoiner.h"
+#include "contacts/vcard/KRVCardReader.h"
+#include "contacts/vcard/KRVCardRewriter.h"
+#include "handles/KRHandleFinding.h"
 #include "handles/KRHandleTexts.h"
 #include "issues/KRIssueContext.h"
 #include "issues/KRIssueFindResult.h"
@@ -50,11 +60,6 @@ std::span<const KRHandleTexts> textsOf(const KRString& handleName) {
   return {};
 }
 
-KRRef<KRIssueFindResult> resultOf(const KRIssueObject& finding) {
-  const KRRef<KRIssueContext> context = finding.issueContext();
-  return context ? context->issueFindResult() : KRRef<KRIssueFindResult>();
-}
-
 /// The persons whom a fix of that name has deleted.
 std::vector<KRRef<IKRPerson>> deletedPersons(const KRString& handleName, const KRPersonArray& persons) {
   if (sameText(handleName, KRHandleNameDeleteContact)) return {KRRef<IKRPerson>(persons.first())};
@@ -68,33 +73,95 @@ std::vector<KRRef<IKRPerson>> deletedPersons(const KRString& handleName, const K
   return deleted;
 }
 
+/// Gives a new record the lines of the persons' cards that no property holds, so that a store of cards writes them too.
+void joinCards(IKRPerson& merged, const KRPersonArray& persons) {
+  auto* record = dynamic_cast<ABPerson*>(&merged);
+  if (record == nullptr) return;
+  std::vector<const ABPerson*> read;
+  for (const IKRPerson* person : persons) {
+    if (const auto* each = dynamic_cast<const ABPerson*>(person)) read.push_back(each);
+  }
+  const KRCardRecord joined = krJoinedCard(read);
+  if (joined.card().empty()) return;
+  // With the identifier of the new person, which would be another one whenever the card is read anew.
+  const KRString UID = record->baseID();
+  const std::vector<KRVCardEdit> edits = KRVCardGroupRewriter::identifyingEdits(joined.card(), UID);
+  const KRRef<ABPerson> identified = KRVCardReader::readOne(KRVCardRewriter::applied(joined.card(), edits));
+  record->setRecord(identified ? identified->record() : joined);
+}
+
+/// Puts a new record into all groups of the persons.
+void joinGroups(KRAddressBook& book, IKRPerson& merged, const KRPersonArray& persons) {
+  auto* stored = dynamic_cast<KRStoredBook*>(&book);
+  auto* record = dynamic_cast<ABPerson*>(&merged);
+  if (stored == nullptr || record == nullptr) return;
+  std::vector<KRRef<KRGroup>> joined;
+  for (const IKRPerson* person : persons) {
+    for (KRRef<KRGroup>& group : person->parentGroups()) {
+      if (std::find(joined.begin(), joined.end(), group) == joined.end()) joined.push_back(std::move(group));
+    }
+  }
+  if (!joined.empty()) stored->setGroups(*record, std::move(joined));
+}
+
 }  // namespace
 
 void KRIssueHandle::fix(KRIssueObject* finding) {
-  fix(finding, KRFlagProgress());
+  if (!sameText(name(), KRHandleNameMergeContact)) {
+    fix(finding, KRFlagProgress());
+    return;
+  }
+  if (finding == nullptr) return;
+  indirectFix(finding);
+  const KRRef<KRAddressBook> book = krBookOf(finding);
+  KRTrashAddressBook* trash = KRTrashAddressBook::ShareTrashAddressBook();
+  const KRPersonArray persons = finding->persons();
+  trash->addPersons(persons);
+  if (book) book->removePersons(persons);
+  // In this order on purpose. A host that wants the trash written first, and all of a batch at once, opens a
+  // `KRSaveScope`.
+  if (book) book->save();
+  trash->save();
+  resetFindResult(finding);
 }
 
 void KRIssueHandle::fix(KRIssueObject* finding, [[maybe_unused]] const KRFlagProgress& progress) {
   resetFindResult(finding);
 }
 
-KRRef<IKRPerson> KRIssueHandle::indirectFix([[maybe_unused]] KRIssueObject* finding) {
-  return {};
+KRRef<IKRPerson> KRIssueHandle::indirectFix(KRIssueObject* finding) {
+  if (finding == nullptr || !sameText(name(), KRHandleNameMergeContact)) return {};
+  const KRRef<KRAddressBook> book = krBookOf(finding);
+  if (!book) return {};
+  const KRPersonArray persons = finding->persons();
+  KRRef<IKRPerson> merged = book->newPerson();
+  if (!merged) return {};
+  joinCards(*merged, persons);
+  for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
+    const KRRef<KRStoredValue> value = property->isMultiple()
+                                           ? KRRef<KRStoredValue>(mergeMultipleValue(property, persons))
+                                           : mergeSingleValue(property, persons);
+    if (value) merged->setValue(value, property);
+  }
+  joinGroups(*book, *merged, persons);
+  return merged;
 }
 
 void KRIssueHandle::resetFindResult(KRIssueObject* finding) {
   if (finding == nullptr) return;
   const KRRef<KRIssueObject> alive(finding);
-  const KRRef<KRIssueFindResult> result = resultOf(*finding);
-  for (const KRRef<IKRPerson>& person : deletedPersons(name_, finding->persons())) {
+  const KRRef<KRIssueFindResult> result = krResultOf(finding);
+  // The finding's own handle says what was done to it; one that a host fixes without having set it stands for itself.
+  const KRRef<KRIssueHandle> chosen = finding->handle();
+  const KRString did = chosen ? chosen->name() : name();
+  for (const KRRef<IKRPerson>& person : deletedPersons(did, finding->persons())) {
     const KRList<KRIssueObject>* indexed = result ? result->issueObjectsOfPerson(person.get()) : nullptr;
     if (indexed == nullptr) continue;
     // A copy, since the list changes below.
     for (const KRRef<KRIssueObject>& other : indexed->copy()) {
-      const KRPersonArray persons = other->persons();
-      if (other == alive || !persons.contains(person.get())) continue;
+      if (other == alive || !other->listsPerson(person.get())) continue;
       // A pair of which one is gone has lost its meaning; a larger group keeps its remaining members.
-      if (persons.count() < 3) {
+      if (other->personCount() < 3) {
         removeObject(other.get());
       } else {
         other->removePerson(person.get());
@@ -126,12 +193,12 @@ KRString KRIssueHandle::personAd(const IKRPerson* person) {
 }
 
 KRString KRIssueHandle::title(KRIssueObject* finding) const {
-  const auto rows = textsOf(name_);
-  return rows.empty() ? name_ : krHandleTexts(rows, finding).title;
+  const auto rows = textsOf(name());
+  return rows.empty() ? name() : krHandleTexts(rows, finding).title;
 }
 
 KRString KRIssueHandle::resultInfo(KRIssueObject* finding) const {
-  const auto rows = textsOf(name_);
+  const auto rows = textsOf(name());
   if (rows.empty()) return ""_kr;
   const KRString& text = krHandleTexts(rows, finding).resultInfo;
   return text.isNothing() ? KRSupportFuction::loadString("KR_IssueSolution_Info_Ignored"_kr) : text;

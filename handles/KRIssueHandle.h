@@ -24,7 +24,7 @@ class KRIssueHandle : public KRObject {
   static KRRef<KRIssueHandle> issueHandleWithName(const KRString& name, KRValue info = {});
 
   /// The name that the handle was made with; may be nothing.
-  KRString name() const { return name_; }
+  virtual KRString name() const { return name_; }
   /// Whether the user has to assist the fix. No fix needs it, so it is always false.
   bool needAssist() const noexcept { return false; }
   /// What the maker of the handle gave along, or nothing.
@@ -33,18 +33,38 @@ class KRIssueHandle : public KRObject {
 
   /// Applies the fix to the finding and brings the find result up to date (written form: `fix:`). Afterwards the
   /// finding is in its context no more.
+  ///
+  /// A merge puts one new person, `indirectFix`, into the scanned book, moves all persons of the finding to the trash,
+  /// and saves the book, then the trash. No other fix saves anything.
   virtual void fix(KRIssueObject* finding);
   /// The same with progress (written form: `fix:progress:`): a fix that changes contacts calls the callback, if there
   /// is one, exactly once with 1 and 100.0, after the change and before it brings the result up to date. The base only
   /// does the latter.
   virtual void fix(KRIssueObject* finding, const KRFlagProgress& progress);
-  /// The person that a merge makes of the finding's persons (written form: `indirectFix:`). Nothing for any other fix.
+  /// The person that a merge makes of the finding's persons (written form: `indirectFix:`): a new one of the scanned
+  /// book with all standard properties of theirs by the rules below, each line of their cards that the model does not
+  /// know (`krJoinedCard`), and in all of their groups where the book can change groups. Nothing for any other fix, and
+  /// without a book. The finding's persons stay as they are.
   virtual KRRef<IKRPerson> indirectFix(KRIssueObject* finding);
 
+  /// The merged value of a property of single values (written form: `mergeSingleValue:personArray:`): that of the first
+  /// person who has one, even an empty one, as that very object. Tags are joined instead: those of the first person,
+  /// then of each further person those that are new, in a value without a label. Nothing when no person has a value.
+  KRRef<KRStoredValue> mergeSingleValue(const KRProperty* property, const KRPersonArray& personArray) const;
+  /// The merged value of a property of multiple values (written form: `mergeMultipleValue:personArray:`): every
+  /// distinct entry of the persons once, in their order; of entries that count as the same the first is kept, with its
+  /// label. The entries are shared, the list is new. Nothing when there is no entry. Linear in the number of entries.
+  KRRef<KRMutableMultipleValue> mergeMultipleValue(const KRProperty* property, const KRPersonArray& personArray) const;
+  /// Whether the multiple value holds an entry whose value counts as the same as that of `hasValue` (written form:
+  /// `isMulitipleValue:hasValue:property:`). Phones and e-mails go by their text, character for character; addresses by
+  /// `isequalToAddress`; accounts by the very same service and the user name; all else by `isEqual`.
+  bool isMulitipleValue(const KRMutableMultipleValue* multipleValue, const KRMutableSingleValue* hasValue,
+                        const KRProperty* property) const;
+
   /// Brings the find result up to date after this fix (written form: `resetFindResult:`): findings that list a person
-  /// whom the fix deleted, which the handle's name tells, lose that person, or go when fewer than three persons were
-  /// listed; then the finding itself goes. A finding without a person is a programming error when a person was to be
-  /// deleted (`KRFatal`).
+  /// whom the fix deleted, which the name of the finding's handle tells (this one's, when none is set), lose that
+  /// person, or go when fewer than three persons were listed; then the finding itself goes. A finding without a person
+  /// is a programming error when a person was to be deleted (`KRFatal`).
   void resetFindResult(KRIssueObject* finding);
   /// Takes one finding out of the index, out of its context, and an emptied context out of the result (written form:
   /// `removeObject:`).
