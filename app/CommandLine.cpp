@@ -6,15 +6,29 @@
 #include <new>
 #include <vector>
 
+#include "app/ApplyCommand.h"
+#include "app/BooksCommand.h"
 #include "app/Command.h"
+#include "app/ConvertCommand.h"
+#include "app/ExportCommand.h"
+#include "app/FixCommand.h"
 #include "app/HelpText.h"
+#include "app/IgnoredCommand.h"
+#include "app/ImportCommand.h"
 #include "app/Interrupt.h"
 #include "app/IssuesCommand.h"
+#include "app/LoadCommand.h"
+#include "app/MergeCommand.h"
+#include "app/PlanCommand.h"
 #include "app/PropertiesCommand.h"
 #include "app/ScanCommand.h"
 #include "app/SettingsCommand.h"
+#include "app/ShowCommand.h"
+#include "app/TrashCommand.h"
+#include "app/UndoCommand.h"
 #include "app/Unusable.h"
 #include "app/VersionText.h"
+#include "contacts/undo/KRUndoRecorder.h"
 #include "platform/KRHostInfo.h"
 
 namespace {
@@ -24,6 +38,19 @@ using Commands = std::vector<std::unique_ptr<Command>>;
 Commands declareCommands(CLI::App& app) {
   Commands commands;
   commands.push_back(std::make_unique<ScanCommand>(app));
+  commands.push_back(std::make_unique<ShowCommand>(app));
+  commands.push_back(std::make_unique<LoadCommand>(app));
+  commands.push_back(std::make_unique<ConvertCommand>(app));
+  commands.push_back(std::make_unique<BooksCommand>(app));
+  commands.push_back(std::make_unique<ImportCommand>(app));
+  commands.push_back(std::make_unique<ExportCommand>(app));
+  commands.push_back(std::make_unique<FixCommand>(app));
+  commands.push_back(std::make_unique<MergeCommand>(app));
+  commands.push_back(std::make_unique<PlanCommand>(app));
+  commands.push_back(std::make_unique<ApplyCommand>(app));
+  commands.push_back(std::make_unique<IgnoredCommand>(app));
+  commands.push_back(std::make_unique<TrashCommand>(app));
+  commands.push_back(std::make_unique<UndoCommand>(app));
   commands.push_back(std::make_unique<PropertiesCommand>(app));
   commands.push_back(std::make_unique<IssuesCommand>(app));
   commands.push_back(std::make_unique<SettingsCommand>(app));
@@ -40,6 +67,17 @@ std::string helpOf(const CLI::App& app) {
 std::string helpWords(const CLI::App& app) {
   const std::vector<CLI::App*> chosen = app.get_subcommands();
   return "krcontacts " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help";
+}
+
+/// The command line as its undo record shows it: without the program, words of several in quotes.
+std::string titleOf(int argc, char** argv) {
+  std::string title;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    const bool isPlain = !word.empty() && word.find_first_of(" \t\n\"'") == std::string::npos;
+    title += (title.empty() ? "" : " ") + (isPlain ? word : '"' + word + '"');
+  }
+  return title;
 }
 
 int parseAndRun(Terminal& terminal, int argc, char** argv) {
@@ -71,8 +109,12 @@ int parseAndRun(Terminal& terminal, int argc, char** argv) {
   }
   for (const auto& command : commands) {
     if (ran || !command->isChosen()) continue;
+    const KRUndoRecorder recorder{std::string_view(titleOf(argc, argv))};
     code = command->run(terminal);
     ran = true;
+    if (const KRString failure = KRUndoRecorder::failure(); !failure.isNothing()) {
+      terminal.say("what was changed cannot be undone: " + std::string(failure.view()));
+    }
   }
   if (!ran) {
     writeAll(2, HelpText::of(&app));

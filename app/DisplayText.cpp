@@ -109,6 +109,10 @@ std::vector<std::string> wrappedText(std::string_view text, size_t width) {
   return lines;
 }
 
+std::string counted(size_t count, std::string_view one, std::string_view many) {
+  return std::to_string(count) + " " + std::string(count == 1 ? one : many);
+}
+
 std::string padding(std::string_view text, size_t width) {
   const size_t used = displayWidth(text);
   return std::string(used < width ? width - used : 0, ' ');

@@ -23,5 +23,8 @@ std::string fittedText(std::string_view text, size_t width);
 /// a word longer than a line is broken where the line ends. Never empty: no text makes one empty line.
 std::vector<std::string> wrappedText(std::string_view text, size_t width);
 
+/// "1 contact", "2 contacts".
+std::string counted(size_t count, std::string_view one, std::string_view many);
+
 /// Spaces for a text of that width to fill `width` cells.
 std::string padding(std::string_view text, size_t width);

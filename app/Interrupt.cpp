@@ -33,6 +33,12 @@ void install() {
   quiet.sa_handler = SIG_DFL;
   sigemptyset(&quiet.sa_mask);
   ::sigaction(SIGPIPE, &quiet, nullptr);
+
+  // A file that may grow no further is an error of the write, which is told and cleaned up after.
+  struct sigaction ignored {};
+  ignored.sa_handler = SIG_IGN;
+  sigemptyset(&ignored.sa_mask);
+  ::sigaction(SIGXFSZ, &ignored, nullptr);
 }
 
 }  // namespace Interrupt

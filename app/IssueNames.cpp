@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "app/NameWords.h"
 #include "app/Unusable.h"
 #include "issues/KRIssueNames.h"
+#include "platform/KRASCII.h"
 
 namespace {
 
@@ -34,26 +36,6 @@ constexpr Row kRows[] = {
 
 constexpr std::string_view kPrefix = "KRIssue";
 
-char lower(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-std::string lowered(std::string_view text) {
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(), lower);
-  return result;
-}
-
-// "KRIssueBlankName" -> "blank-name": whoever knows the constant guesses this.
-std::string dashed(std::string_view constant) {
-  std::string result;
-  for (const char letter : constant.substr(kPrefix.size())) {
-    if (lower(letter) != letter && !result.empty()) result += '-';
-    result += lower(letter);
-  }
-  return result;
-}
-
 std::string_view trimmed(std::string_view text) {
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
@@ -61,10 +43,9 @@ std::string_view trimmed(std::string_view text) {
 }
 
 const Row* rowForWord(std::string_view word) {
-  const std::string wanted = lowered(word);
   for (const Row& row : kRows) {
-    if (wanted == row.shortName || wanted == lowered(row.constant) || wanted == lowered(row.value.view()) ||
-        wanted == dashed(row.constant)) {
+    if (krEqualsIgnoringCase(word, row.shortName) || krEqualsIgnoringCase(word, row.value.view()) ||
+        NameWords::isConstant(word, row.constant, kPrefix)) {
       return &row;
     }
   }
@@ -76,12 +57,6 @@ const Row* rowForIssue(KRText issueName) {
     if (sameText(row.value, issueName)) return &row;
   }
   return nullptr;
-}
-
-std::string listOfNames() {
-  std::string list;
-  for (const Row& row : kRows) list += (list.empty() ? "" : ", ") + std::string(row.shortName);
-  return list;
 }
 
 }  // namespace
@@ -106,11 +81,12 @@ KRStringList IssueNames::resolve(const std::vector<std::string>& words) {
       if (word.empty()) continue;
       const Row* row = rowForWord(word);
       if (row == nullptr) {
-        throw Unusable("there is no issue named \"" + std::string(word) + "\"; the issues are: " + listOfNames());
+        throw Unusable("there is no issue named \"" + std::string(word) +
+                       "\"; the issues are: " + NameWords::list(kRows));
       }
       names.push_back(row->value);
     }
   }
-  if (names.empty()) throw Unusable("no issue is named; the issues are: " + listOfNames());
+  if (names.empty()) throw Unusable("no issue is named; the issues are: " + NameWords::list(kRows));
   return names;
 }

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "app/DisplayText.h"
+#include "app/HandleNames.h"
 #include "app/IssueNames.h"
 #include "app/JsonWriter.h"
 #include "app/StoredChoice.h"
@@ -52,6 +53,8 @@ void writeIssue(JsonWriter& json, KRIssue& issue, bool isUsed) {
     json.beginObject(Layout::OneLine);
     json.key("name");
     json.text(handle.name().view());
+    json.key("shortName");
+    json.text(HandleNames::shortName(handle.name()));
     json.key("title");
     json.text(handle.title(sample.get()).view());
     json.key("info");
@@ -73,7 +76,7 @@ void writeDocument(Output& out, KRIssueManager& manager) {
   json.endDocument();
 }
 
-/// The title at the left and the short name at the right end of a line; below them the fixes.
+/// The title at the left and the short name at the right end of a line; below them the fixes, each with its short name.
 void printIssue(Terminal& terminal, KRIssue& issue, bool isUsed) {
   const std::string mark = isUsed ? "[x] " : "[ ] ";
   const std::string name = IssueNames::shortName(issue.name());
@@ -84,7 +87,8 @@ void printIssue(Terminal& terminal, KRIssue& issue, bool isUsed) {
   const SampleFinding sample(issue);
   std::string fixes;
   for (const KRIssueHandle& handle : issue.handles()) {
-    fixes += (fixes.empty() ? "" : " · ") + shownText(handle.title(sample.get()).view());
+    fixes += (fixes.empty() ? "" : " · ") + shownText(handle.title(sample.get()).view()) + " (" +
+             HandleNames::shortName(handle.name()) + ")";
   }
   terminal.paragraph(fixes, Style::Faint, mark.size());
 }

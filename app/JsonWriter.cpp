@@ -4,8 +4,6 @@
 #include <cmath>
 #include <cstdio>
 
-#include "platform/KRText.h"
-
 namespace {
 
 constexpr std::string_view kIndent = "  ";

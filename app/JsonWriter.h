@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/Output.h"
+#include "platform/KRText.h"
 
 /// Writes a JSON document (RFC 8259) piece by piece, so that a document of any size needs no memory of its own.
 ///
@@ -25,6 +26,8 @@ class JsonWriter {
 
   void key(std::string_view name);
   void text(std::string_view text);
+  /// Null for nothing.
+  void textOrNull(KRText text) { text.isNothing() ? null() : this->text(text.view()); }
   void whole(int64_t value);
   void whole(size_t value) { whole(static_cast<int64_t>(value)); }
   /// The shortest form that reads back as the same double; null when there is none in JSON (infinity, not a number).

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "app/Command.h"
+#include "app/PersonFilter.h"
+#include "app/TableOptions.h"
 
 /// What the user asked of a scan.
 struct ScanOptions {
@@ -15,9 +17,11 @@ struct ScanOptions {
   bool allIssues = false;
   bool json = false;
   bool events = false;
+  bool explain = false;
   bool verbose = false;
   bool noProgress = false;
   bool exitCode = false;
+  bool hideIgnored = false;
   std::optional<int64_t> limit;
 };
 
@@ -33,4 +37,6 @@ class ScanCommand : public Command {
   CLI::App* words_;
   CLI::Option* issuesOption_;
   ScanOptions options_;
+  PersonFilter filter_;
+  TableOptions tables_;
 };

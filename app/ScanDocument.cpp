@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "app/NearMissReport.h"
+#include "app/PersonDocument.h"
 #include "contacts/model/KRAddressBook.h"
 #include "handles/KRIssueHandle.h"
 #include "issues/KRIssue.h"
@@ -38,14 +40,6 @@ class Places {
   std::vector<Row> rows_;
 };
 
-void writeText(JsonWriter& json, const KRString& text) {
-  if (text.isNothing()) {
-    json.null();
-  } else {
-    json.text(text.view());
-  }
-}
-
 void writeTexts(JsonWriter& json, const std::vector<KRValue>& values) {
   json.beginArray(Layout::OneLine);
   for (const KRValue& value : values)
@@ -76,25 +70,29 @@ void writeInfo(JsonWriter& json, const KRValue& info) {
   }
 }
 
-void writeFinding(JsonWriter& json, const KRIssueObject& finding, const Places& places) {
-  json.beginObject(Layout::OneLine);
-  json.key("describe");
-  writeText(json, finding.describe());
-  json.key("info");
-  writeInfo(json, finding.info());
+void writePersons(JsonWriter& json, const KRPersonArray& persons, const Places& places) {
   json.key("persons");
   json.beginArray();
-  for (const IKRPerson* person : finding.persons()) {
+  for (const IKRPerson* person : persons) {
     json.beginObject();
     json.key("index");
     json.whole(places.of(person));
     json.key("id");
-    writeText(json, person->ID());
+    json.textOrNull(person->ID());
     json.key("showName");
-    writeText(json, person->showName());
+    json.textOrNull(person->showName());
     json.endObject();
   }
   json.endArray();
+}
+
+void writeFinding(JsonWriter& json, const KRIssueObject& finding, const Places& places) {
+  json.beginObject(Layout::OneLine);
+  json.key("describe");
+  json.textOrNull(finding.describe());
+  json.key("info");
+  writeInfo(json, finding.info());
+  writePersons(json, finding.persons(), places);
   json.endObject();
 }
 
@@ -102,16 +100,16 @@ void writeContext(JsonWriter& json, KRIssueContext& context, const Places& place
   const KRRef<KRIssue> issue = context.issue();
   json.beginObject();
   json.key("issue");
-  writeText(json, issue->name());
+  json.textOrNull(issue->name());
   json.key("displayName");
-  writeText(json, issue->displayName());
+  json.textOrNull(issue->displayName());
   json.key("describe");
-  writeText(json, issue->describe());
+  json.textOrNull(issue->describe());
   json.key("multiPerson");
   json.truth(issue->multiPerson());
   json.key("handles");
   json.beginArray(Layout::OneLine);
-  for (const KRIssueHandle& handle : issue->handles()) writeText(json, handle.name());
+  for (const KRIssueHandle& handle : issue->handles()) json.textOrNull(handle.name());
   json.endArray();
   json.key("findings");
   json.beginArray();
@@ -123,25 +121,72 @@ void writeContext(JsonWriter& json, KRIssueContext& context, const Places& place
   json.endObject();
 }
 
+void writeSide(JsonWriter& json, const KRNearMiss::Side& side, const Places& places) {
+  json.beginObject(Layout::OneLine);
+  json.key("key");
+  json.textOrNull(side.key);
+  json.key("parts");
+  json.beginArray();
+  for (const KRNearMiss::Part& part : side.parts) {
+    json.beginObject();
+    json.key("part");
+    json.textOrNull(part.name);
+    json.key("text");
+    json.textOrNull(part.text);
+    json.key("folded");
+    json.textOrNull(part.folded);
+    json.endObject();
+  }
+  json.endArray();
+  writePersons(json, side.persons, places);
+  json.endObject();
+}
+
+void writeNearMiss(JsonWriter& json, const KRNearMiss& miss, const Places& places) {
+  json.beginObject();
+  json.key("issue");
+  json.textOrNull(miss.issueName);
+  json.key("foldedKey");
+  json.textOrNull(miss.foldedKey);
+  json.key("differences");
+  json.beginArray(Layout::OneLine);
+  for (const KRNearMiss::Difference& difference : miss.differences) {
+    json.beginObject();
+    json.key("part");
+    json.textOrNull(difference.part);
+    json.key("by");
+    json.beginArray();
+    for (const KRNearMissReason reason : difference.reasons) json.text(NearMissReport::nameOf(reason));
+    json.endArray();
+    json.endObject();
+  }
+  json.endArray();
+  json.key("sides");
+  json.beginArray();
+  for (const KRNearMiss::Side& side : miss.sides) {
+    if (json.failed()) break;
+    writeSide(json, side, places);
+  }
+  json.endArray();
+  json.endObject();
+}
+
 }  // namespace
 
-void ScanDocument::write(JsonWriter& json, KRIssueFindResult& result, const KRStringList& scanned) {
+void ScanDocument::write(JsonWriter& json, KRIssueFindResult& result, const KRStringList& scanned,
+                         const std::vector<KRNearMiss>* nearMisses, const size_t* hidden) {
   const KRRef<KRAddressBook> book = result.addressBook();
   const Places places(*book);
   json.beginObject();
-  json.key("addressBook");
-  json.beginObject(Layout::OneLine);
-  json.key("id");
-  writeText(json, book->ID());
-  json.key("name");
-  writeText(json, book->name());
-  json.key("personCount");
-  json.whole(book->allPersonsCount());
-  json.endObject();
+  PersonDocument::writeBook(json, *book);
   json.key("issues");
   json.beginArray(Layout::OneLine);
   for (const KRString& name : scanned) json.text(name.view());
   json.endArray();
+  if (hidden != nullptr) {
+    json.key("hidden");
+    json.whole(*hidden);
+  }
   json.key("contexts");
   json.beginArray();
   for (KRIssueContext& context : result.contexts()) {
@@ -149,5 +194,14 @@ void ScanDocument::write(JsonWriter& json, KRIssueFindResult& result, const KRSt
     writeContext(json, context, places);
   }
   json.endArray();
+  if (nearMisses != nullptr) {
+    json.key("nearMisses");
+    json.beginArray();
+    for (const KRNearMiss& miss : *nearMisses) {
+      if (json.failed()) break;
+      writeNearMiss(json, miss, places);
+    }
+    json.endArray();
+  }
   json.endObject();
 }

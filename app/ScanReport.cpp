@@ -26,10 +26,6 @@ void addPersons(const KRIssueContext& context, PersonSet& persons) {
   }
 }
 
-std::string counted(size_t count, std::string_view one, std::string_view many) {
-  return std::to_string(count) + " " + std::string(count == 1 ? one : many);
-}
-
 std::string title(const KRIssue& issue) {
   const KRString name = issue.displayName();
   return shownText(name.isEmpty() ? issue.name().view() : name.view());
@@ -82,7 +78,8 @@ void ScanReport::printSummary(KRIssueFindResult& result) const {
   table.print(terminal_, 2);
   if (findings == 0) {
     terminal_.line();
-    terminal_.line("  " + terminal_.styled(Style::Good, "Nothing to clean up."));
+    const char* const text = isNarrow_ ? "Nothing to clean up in the contacts asked for." : "Nothing to clean up.";
+    terminal_.line("  " + terminal_.styled(Style::Good, text));
   }
 }
 

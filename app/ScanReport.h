@@ -11,9 +11,11 @@
 class ScanReport {
  public:
   /// `scanned` are the issues that were looked for, in their order; `limit` is how many findings of each are shown, and
-  /// `wholeGroups` whether every contact of a finding is named however many there are.
-  ScanReport(Terminal& terminal, const std::vector<KRRef<KRIssue>>& scanned, size_t limit, bool wholeGroups)
-      : terminal_(terminal), scanned_(scanned), limit_(limit), wholeGroups_(wholeGroups) {}
+  /// `wholeGroups` whether every contact of a finding is named however many there are. `isNarrow` says that only
+  /// findings with the contacts asked for are left, so that there may be others.
+  ScanReport(Terminal& terminal, const std::vector<KRRef<KRIssue>>& scanned, size_t limit, bool wholeGroups,
+             bool isNarrow)
+      : terminal_(terminal), scanned_(scanned), limit_(limit), wholeGroups_(wholeGroups), isNarrow_(isNarrow) {}
 
   void print(KRIssueFindResult& result) const;
 
@@ -26,4 +28,5 @@ class ScanReport {
   const std::vector<KRRef<KRIssue>>& scanned_;
   size_t limit_;
   bool wholeGroups_;
+  bool isNarrow_;
 };

@@ -1,11 +1,16 @@
 #include "app/ScanRun.h"
 
+#include <algorithm>
 #include <future>
 #include <memory>
+#include <unordered_set>
+#include <vector>
 
-#include "app/JsonWriter.h"
+#include "app/EventLine.h"
 #include "app/ScanDocument.h"
+#include "issues/KRIssueContext.h"
 #include "issues/KRIssueFindControl.h"
+#include "issues/KRIssueObject.h"
 
 namespace {
 
@@ -35,18 +40,6 @@ class ProgressListener : public Waiter {
   ProgressBar& bar_;
 };
 
-/// One line of JSON: an event by its name, with whatever `addMore` adds.
-template <class More>
-void writeEvent(Output& out, std::string_view name, More addMore) {
-  JsonWriter json(out, JsonWriter::Layout::OneLine);
-  json.beginObject();
-  json.key("event");
-  json.text(name);
-  addMore(json);
-  json.endObject();
-  json.endDocument();
-}
-
 /// Writes on the run's thread, in the order of the calls, while the main thread waits.
 class EventListener : public Waiter {
  public:
@@ -74,18 +67,47 @@ KRRef<KRIssueFindResult> runAndWait(const KRRef<KRAddressBook>& book, const std:
   return listener->wait();
 }
 
+/// Takes out of the result what concerns no contact that is meant.
+void narrow(KRIssueFindResult& result, KRAddressBook& book, const PersonFilter& filter) {
+  if (!filter.isNarrow()) return;
+  std::unordered_set<const IKRPerson*> meant;
+  for (const IKRPerson& person : book.allPersons()) {
+    if (filter.matches(person)) meant.insert(&person);
+  }
+  const auto concernsNobody = [&](const KRIssueObject& finding) {
+    const KRPersonArray persons = finding.persons();
+    return std::none_of(persons.begin(), persons.end(), [&](const IKRPerson* each) { return meant.count(each) != 0; });
+  };
+  std::vector<KRRef<KRIssueContext>> emptied;
+  for (KRIssueContext& context : result.contexts()) {
+    std::vector<KRRef<KRIssueObject>> others;
+    for (KRIssueObject& finding : context.objects()) {
+      if (concernsNobody(finding)) others.emplace_back(&finding);
+    }
+    for (const KRRef<KRIssueObject>& finding : others) context.removeIssueObject(finding.get());
+    if (context.objects().isEmpty()) emptied.emplace_back(&context);
+  }
+  for (const KRRef<KRIssueContext>& context : emptied) result.removeContext(context.get());
+}
+
 }  // namespace
 
-KRRef<KRIssueFindResult> ScanRun::withProgress(const KRRef<KRAddressBook>& book, ProgressBar& progress) {
-  return runAndWait(book, std::make_shared<ProgressListener>(progress));
+KRRef<KRIssueFindResult> ScanRun::withProgress(const KRRef<KRAddressBook>& book, const PersonFilter& filter,
+                                               ProgressBar& progress, HiddenFindings* hidden) {
+  KRRef<KRIssueFindResult> result = runAndWait(book, std::make_shared<ProgressListener>(progress));
+  narrow(*result, *book, filter);
+  if (hidden != nullptr) hidden->count = hidden->ignored.takeOutOf(*result);
+  return result;
 }
 
 KRRef<KRIssueFindResult> ScanRun::withEvents(const KRRef<KRAddressBook>& book, const KRStringList& scanned,
-                                             Output& out) {
+                                             const PersonFilter& filter, Output& out, HiddenFindings* hidden) {
   KRRef<KRIssueFindResult> result = runAndWait(book, std::make_shared<EventListener>(out));
+  narrow(*result, *book, filter);
+  if (hidden != nullptr) hidden->count = hidden->ignored.takeOutOf(*result);
   writeEvent(out, "end", [&](JsonWriter& json) {
     json.key("result");
-    ScanDocument::write(json, *result, scanned);
+    ScanDocument::write(json, *result, scanned, nullptr, hidden != nullptr ? &hidden->count : nullptr);
   });
   return result;
 }

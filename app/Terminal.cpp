@@ -12,6 +12,7 @@
 namespace {
 
 constexpr size_t kFallbackWidth = 80;
+constexpr size_t kFallbackHeight = 24;
 
 std::string_view environment(const char* name) {
   const char* value = std::getenv(name);
@@ -30,15 +31,16 @@ bool isTerminal(int descriptor) {
   return ::isatty(descriptor) == 1;
 }
 
-size_t columns() {
+/// What the terminal, else the environment says of a side of the screen.
+size_t cells(unsigned short winsize::*side, const char* variable, size_t fallback) {
   winsize size{};
-  if (::isatty(STDOUT_FILENO) == 1 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-    return size.ws_col;
+  if (::isatty(STDOUT_FILENO) == 1 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.*side > 0) {
+    return size.*side;
   }
-  const std::string_view text = environment("COLUMNS");
+  const std::string_view text = environment(variable);
   size_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size() && value > 0 ? value : kFallbackWidth;
+  return error == std::errc() && end == text.data() + text.size() && value > 0 ? value : fallback;
 }
 
 std::string_view sequence(Style style) {
@@ -64,8 +66,22 @@ std::string_view sequence(Style style) {
 Terminal::Terminal()
     : out_(STDOUT_FILENO),
       progress_(STDERR_FILENO, isTerminal(STDERR_FILENO) && !isDumb()),
-      width_(std::clamp<size_t>(columns(), 40, 120)),
+      width_(std::clamp<size_t>(cells(&winsize::ws_col, "COLUMNS", kFallbackWidth), 40, 120)),
+      height_(std::clamp<size_t>(cells(&winsize::ws_row, "LINES", kFallbackHeight), 12, 200)),
+      hasScreen_(isTerminal(STDOUT_FILENO) && !isDumb()),
       colours_(isTerminal(STDOUT_FILENO) && environment("NO_COLOR").empty() && !isDumb()) {}
+
+bool Terminal::canAsk() {
+  return isTerminal(STDIN_FILENO) && isTerminal(STDERR_FILENO);
+}
+
+bool Terminal::canShowScreens() {
+  return isTerminal(STDIN_FILENO) && isTerminal(STDOUT_FILENO);
+}
+
+void Terminal::clearScreen() {
+  out_.write(hasScreen_ ? "\x1b[H\x1b[2J" : "\n");
+}
 
 std::string Terminal::styled(Style style, std::string_view text) const {
   if (!colours_ || style == Style::Plain || text.empty()) return std::string(text);

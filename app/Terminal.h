@@ -18,6 +18,12 @@ class Terminal {
  public:
   Terminal();
 
+  /// Whether there is somebody to ask: standard input and standard error are terminals.
+  static bool canAsk();
+
+  /// Whether screens can be shown and keys be read: standard input and standard output are terminals.
+  static bool canShowScreens();
+
   /// Standard output.
   Output& out() noexcept { return out_; }
   /// The progress bar on standard error; shows nothing when that is not a terminal.
@@ -25,6 +31,12 @@ class Terminal {
 
   /// Cells of a line: those of the terminal, else `COLUMNS`, else 80; from 40 to 120.
   size_t width() const noexcept { return width_; }
+
+  /// Lines of the terminal, else `LINES`, else 24; from 12 to 200.
+  size_t height() const noexcept { return height_; }
+
+  /// Empties the screen and begins at its top; where that cannot be, an empty line sets off what follows.
+  void clearScreen();
 
   /// The text in a style: as it is unless standard output is a terminal, `NO_COLOR` is unset or empty and `TERM` is not
   /// "dumb".
@@ -42,5 +54,7 @@ class Terminal {
   Output out_;
   ProgressBar progress_;
   size_t width_;
+  size_t height_;
+  bool hasScreen_;
   bool colours_;
 };

@@ -1,0 +1,328 @@
+#include "app/TrashCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+
+#include "app/DisplayText.h"
+#include "app/JsonWriter.h"
+#include "app/PersonCard.h"
+#include "app/PersonDocument.h"
+#include "app/PersonText.h"
+#include "app/Unusable.h"
+#include "app/UserBooks.h"
+#include "contacts/model/KRSaveScope.h"
+
+namespace {
+
+std::string contacts(size_t count) {
+  return counted(count, "contact", "contacts");
+}
+
+KRTrashAddressBook& trash() {
+  return *KRTrashAddressBook::ShareTrashAddressBook();
+}
+
+/// Throws when the trash cannot be read: what it holds is then not known, and is not changed.
+void checkTrash() {
+  if (const KRResult<void> loaded = trash().load(); !loaded) throw Unusable(loaded.error().sentence);
+}
+
+/// The place of a person in the trash from its number, from 1; or nothing.
+std::optional<size_t> placeOf(const std::string& word) {
+  size_t number = 0;
+  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), number);
+  const bool isNumber = error == std::errc() && end == word.data() + word.size();
+  if (!isNumber || number == 0 || number > trash().allPersonsCount()) return std::nullopt;
+  return number - 1;
+}
+
+KRRef<KRTempPerson> trashed(IKRPerson& person) {
+  return KRRef<KRTempPerson>(dynamic_cast<KRTempPerson*>(&person));
+}
+
+/// The book that the person came from as people know it: by its name where it is in the list.
+std::string origin(const KRTempPerson& person) {
+  const KRAddressBook* book = trash().addressBookofPersonFrom(&person);
+  if (book != nullptr) return shownText(book->name().view());
+  const KRString ID = person.fromID();
+  return ID.isEmpty() ? "no book" : shownText(ID.view());
+}
+
+/// Puts a person back; how many of its groups are gone from the book.
+size_t putBack(KRStoredBook& book, const KRTempPerson& person) {
+  const KRRef<ABPerson> restored = KRTrashAddressBook::restoredPerson(&person);
+  book.addPerson(restored.get());
+  size_t gone = 0;
+  std::vector<KRRef<KRGroup>> groups;
+  for (const KRString& ID : person.groupIDs().value_or(KRStringList())) {
+    KRRef<KRGroup> group = book.groupWithID(ID);
+    if (group) {
+      groups.push_back(std::move(group));
+    } else {
+      ++gone;
+    }
+  }
+  if (!groups.empty()) book.setGroups(*restored, std::move(groups));
+  return gone;
+}
+
+}  // namespace
+
+TrashCommand::TrashCommand(CLI::App& app)
+    : words_(app.add_subcommand("trash")),
+      list_(addVerb("list")),
+      show_(addVerb("show")),
+      restore_(addVerb("restore")),
+      remove_(addVerb("remove")),
+      clear_(addVerb("clear")) {
+  filter_.addTo(*list_);
+  for (CLI::App* verb : {show_, restore_, remove_}) verb->add_option("PERSON", persons_);
+  restore_->add_option("--into", into_);
+  restore_->add_flag("--all", all_);
+  clear_->add_flag("--yes", yes_);
+  for (CLI::App* verb : {restore_, remove_, clear_}) verb->add_flag("--dry-run", dryRun_);
+  words_->add_flag("--json", json_);
+  words_->require_subcommand(0, 1);
+}
+
+CLI::App* TrashCommand::addVerb(const char* name) {
+  CLI::App* verb = words_->add_subcommand(name);
+  verb->fallthrough();
+  return verb;
+}
+
+bool TrashCommand::isChosen() const {
+  return words_->parsed();
+}
+
+int TrashCommand::run(Terminal& terminal) {
+  UserBooks::manager(terminal);
+  checkTrash();
+  if (restore_->parsed()) return restore(terminal);
+  if (remove_->parsed()) {
+    remove(terminal);
+  } else if (clear_->parsed()) {
+    clear(terminal);
+  } else if (show_->parsed()) {
+    show(terminal);
+  } else {
+    list(terminal);
+  }
+  return ExitCode::Done;
+}
+
+// Looking
+
+void TrashCommand::list(Terminal& terminal) {
+  filter_.check(trash());
+  size_t place = 0;
+  if (json_) {
+    JsonWriter json(terminal.out(), JsonWriter::Layout::Lines);
+    json.beginObject();
+    json.key("persons");
+    json.beginArray();
+    for (IKRPerson& person : trash().allPersons()) {
+      ++place;
+      const KRRef<KRTempPerson> each = trashed(person);
+      if (!each || !filter_.matches(person)) continue;
+      json.beginObject(JsonWriter::Layout::OneLine);
+      json.key("number");
+      json.whole(place);
+      json.key("id");
+      json.textOrNull(each->ID());
+      json.key("showName");
+      json.textOrNull(each->showName());
+      json.key("from");
+      json.textOrNull(each->fromID());
+      json.key("groups");
+      json.beginArray();
+      for (const KRString& ID : each->groupIDs().value_or(KRStringList())) json.textOrNull(ID);
+      json.endArray();
+      json.endObject();
+    }
+    json.endArray();
+    json.endObject();
+    json.endDocument();
+    return;
+  }
+  const size_t digits = std::to_string(trash().allPersonsCount()).size();
+  terminal.paragraph("Trash · " + contacts(trash().allPersonsCount()), Style::Strong);
+  for (IKRPerson& person : trash().allPersons()) {
+    ++place;
+    const KRRef<KRTempPerson> each = trashed(person);
+    if (!each || !filter_.matches(person)) continue;
+    const std::string number = std::to_string(place);
+    terminal.paragraph(
+        std::string(digits - number.size(), ' ') + number + "  " + personText(person) + " · from " + origin(*each),
+        Style::Plain, 0, digits + 2);
+  }
+}
+
+void TrashCommand::show(Terminal& terminal) {
+  const Persons persons = persons_.empty() ? meant() : named();
+  const auto placeIn = [](const KRTempPerson& person) { return trash().allPersons().indexOf(&person); };
+  if (json_) {
+    JsonWriter json(terminal.out(), JsonWriter::Layout::Lines);
+    json.beginObject();
+    json.key("persons");
+    json.beginArray();
+    for (const auto& person : persons) PersonDocument::write(json, *person, placeIn(*person));
+    json.endArray();
+    json.endObject();
+    json.endDocument();
+    return;
+  }
+  if (persons.empty()) terminal.paragraph("The trash is empty");
+  const size_t digits = std::max<size_t>(std::to_string(trash().allPersonsCount()).size(), 2);
+  for (const auto& person : persons) {
+    if (person != persons.front()) terminal.line();
+    PersonCard::print(terminal, *person, placeIn(*person) + 1, digits);
+  }
+}
+
+/// All persons of the trash.
+TrashCommand::Persons TrashCommand::meant() {
+  Persons persons;
+  for (IKRPerson& person : trash().allPersons()) {
+    if (KRRef<KRTempPerson> each = trashed(person)) persons.push_back(std::move(each));
+  }
+  return persons;
+}
+
+/// Those that the words call, each once: by their number in the list, or by an ID that only one has.
+TrashCommand::Persons TrashCommand::named() const {
+  if (persons_.empty()) throw Unusable("which contact? (its number or ID, as \"krcontacts trash list\" shows them)");
+  const Persons all = meant();
+  Persons persons;
+  for (const std::string& word : persons_) {
+    KRRef<KRTempPerson> found;
+    if (const auto place = placeOf(word)) {
+      found = trashed(*trash().allPersons().at(*place));
+    } else {
+      for (const auto& each : all) {
+        if (!sameText(each->ID(), std::string_view(word))) continue;
+        if (found) throw Unusable("the trash has several contacts of the ID \"" + word + "\"; say which by its number");
+        found = each;
+      }
+    }
+    if (!found) throw Unusable("there is no contact \"" + word + "\" in the trash");
+    if (std::find(persons.begin(), persons.end(), found) == persons.end()) persons.push_back(std::move(found));
+  }
+  return persons;
+}
+
+// Putting back
+
+std::vector<TrashCommand::Batch> TrashCommand::batches(const Persons& persons, Terminal& terminal) const {
+  std::vector<Batch> all;
+  for (const auto& person : persons) {
+    KRRef<KRAddressBook> book;
+    if (!into_.empty()) {
+      book = UserBooks::get(into_, terminal);
+    } else {
+      book = KRRef<KRAddressBook>(trash().addressBookofPersonFrom(person.get()));
+      if (!book) {
+        throw Unusable(personText(*person) + " came from " + origin(*person) +
+                       ", which is not in the list of books; --into BOOK puts it into another one");
+      }
+    }
+    const auto known = std::find_if(all.begin(), all.end(), [&](const Batch& each) {
+      return static_cast<KRAddressBook*>(each.book.get()) == book.get();
+    });
+    if (known != all.end()) {
+      known->persons.push_back(person);
+    } else {
+      all.push_back({UserBooks::writable(*book), {person}});
+    }
+  }
+  return all;
+}
+
+int TrashCommand::restore(Terminal& terminal) {
+  if (all_ && !persons_.empty()) throw Unusable("--all means every contact; none can be named beside it");
+  const Persons persons = all_ ? meant() : named();
+  if (persons.empty()) terminal.paragraph("The trash is empty");
+  const std::vector<Batch> all = batches(persons, terminal);
+  KRSaveScope scope;
+  size_t goneGroups = 0;
+  for (const Batch& batch : all) {
+    for (const auto& person : batch.persons) goneGroups += putBack(*batch.book, *person);
+    batch.book->save();
+  }
+  int code = ExitCode::Done;
+  if (!dryRun_) {
+    // The books first: a contact leaves the trash only when it stands in its book.
+    static_cast<void>(scope.commit());
+    Persons back;
+    for (const Batch& batch : all) {
+      const auto& failures = scope.failures();
+      const auto failure = std::find_if(failures.begin(), failures.end(), [&](const KRSaveScope::Failure& each) {
+        return each.book.get() == static_cast<KRAddressBook*>(batch.book.get());
+      });
+      if (failure == failures.end()) {
+        back.insert(back.end(), batch.persons.begin(), batch.persons.end());
+      } else {
+        terminal.say(contacts(batch.persons.size()) + " not restored to " + UserBooks::described(*batch.book) + ": " +
+                     failure->error.sentence);
+        code = ExitCode::Unusable;
+      }
+    }
+    if (!back.empty()) takeOut(back);
+    if (code != ExitCode::Done && back.empty()) return code;
+  }
+  for (const Batch& batch : all) {
+    if (code != ExitCode::Done && batch.book->hasChanges()) continue;
+    terminal.paragraph((dryRun_ ? "Would restore " : "Restored ") + contacts(batch.persons.size()) + " to " +
+                       UserBooks::described(*batch.book));
+  }
+  if (goneGroups > 0) {
+    terminal.paragraph(counted(goneGroups, "group membership", "group memberships") +
+                       " not restored: the groups are gone");
+  }
+  return code;
+}
+
+void TrashCommand::takeOut(const Persons& persons) {
+  const std::vector<KRRef<IKRPerson>> gone(persons.begin(), persons.end());
+  trash().removePersons(KRPersonArray(gone));
+  if (const KRResult<void> saved = trash().saveNow(); !saved) {
+    throw Unusable("the trash still holds what was taken out of it: " + saved.error().sentence);
+  }
+}
+
+// For ever
+
+void TrashCommand::remove(Terminal& terminal) {
+  const Persons persons = named();
+  if (!dryRun_) takeOut(persons);
+  for (const auto& person : persons) {
+    terminal.paragraph((dryRun_ ? "Would remove " : "Removed ") + personText(*person) + " from the trash for ever");
+  }
+}
+
+void TrashCommand::clear(Terminal& terminal) {
+  const size_t count = trash().allPersonsCount();
+  if (count == 0) {
+    terminal.paragraph("The trash is empty");
+    return;
+  }
+  if (dryRun_) {
+    terminal.paragraph("Would remove " + contacts(count) + " from the trash for ever");
+    return;
+  }
+  if (!yes_) {
+    if (!Terminal::canAsk()) throw Unusable("the trash is cleared for ever; --yes confirms that");
+    terminal.say("remove " + contacts(count) + " from the trash for ever? [y/N]");
+    std::string line;
+    std::getline(std::cin, line);
+    if (line != "y" && line != "Y" && line != "yes") {
+      terminal.paragraph("Nothing is removed");
+      return;
+    }
+  }
+  takeOut(meant());
+  terminal.paragraph("Removed " + contacts(count) + " from the trash for ever, in " +
+                     shownText(trash().savePath().view()));
+}

@@ -1,0 +1,118 @@
+#include "app/UserBooks.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "app/DisplayText.h"
+#include "app/Unusable.h"
+#include "contacts/KRTrashAddressBookID.h"
+#include "contacts/stores/KRAddedBooks.h"
+#include "platform/KRMainQueue.h"
+
+namespace {
+
+void check(KRAddressBook& book) {
+  if (const KRResult<void> loaded = book.load(); !loaded) {
+    throw Unusable(std::string(book.name().view()) + " (" + std::string(book.ID().view()) +
+                   "): " + loaded.error().sentence);
+  }
+}
+
+KRRef<KRAddressBook> defaultBook(Terminal& terminal) {
+  KRAddressBookManager& manager = UserBooks::manager(terminal);
+  bool isOnlyTrash = true;
+  for (const KRAddressBook& book : manager.addressBookArray()) isOnlyTrash = isOnlyTrash && UserBooks::isTrash(book);
+  if (isOnlyTrash) {
+    throw Unusable(
+        "there is no address book yet; \"krcontacts books add PATH\" adds one that is there, and \"krcontacts books "
+        "add --new NAME\" makes one");
+  }
+  return KRRef<KRAddressBook>(manager.defaultAddressBook());
+}
+
+}  // namespace
+
+KRAddressBookManager& UserBooks::manager(Terminal& terminal) {
+  static bool isLoaded = false;
+  KRAddressBookManager& shared = *KRAddressBookManager::ShareAddressBookManager();
+  if (isLoaded) return shared;
+  isLoaded = true;
+  if (const KRResult<void> list = KRAddedBooks::check(); !list) {
+    terminal.say(list.error().sentence + "; the books in it are not shown");
+  }
+  terminal.progress().show("Opening the address books");
+  shared.loadThreed();
+  KRMainQueue::shared().drain();
+  terminal.progress().clear();
+  return shared;
+}
+
+KRAddressBook* UserBooks::find(const std::string& word, Terminal& terminal) {
+  KRAddressBookManager& books = manager(terminal);
+  if (KRAddressBook* book = books.addressBookByID(KRString(word))) return book;
+  KRAddressBook* found = nullptr;
+  for (KRAddressBook& book : books.addressBookArray()) {
+    if (!sameText(book.name(), std::string_view(word))) continue;
+    if (found != nullptr)
+      throw Unusable("several books are called \"" + word + "\"; \"krcontacts books\" shows their IDs");
+    found = &book;
+  }
+  return found;
+}
+
+KRRef<KRAddressBook> UserBooks::get(const std::string& word, Terminal& terminal) {
+  KRAddressBook* book = find(word, terminal);
+  if (book == nullptr) throw Unusable("there is no book \"" + word + "\"; \"krcontacts books\" shows those there are");
+  return KRRef<KRAddressBook>(book);
+}
+
+KRRef<KRAddressBook> UserBooks::opened(const std::string& word, Terminal& terminal) {
+  KRRef<KRAddressBook> book = word.empty() ? defaultBook(terminal) : get(word, terminal);
+  terminal.progress().show("Reading " + std::string(book->name().view()));
+  check(*book);
+  terminal.progress().clear();
+  return book;
+}
+
+KRRef<KRStoredBook> UserBooks::writable(const std::string& word, Terminal& terminal) {
+  return writable(*opened(word, terminal));
+}
+
+KRRef<KRStoredBook> UserBooks::writable(KRAddressBook& book) {
+  check(book);
+  auto* stored = dynamic_cast<KRStoredBook*>(&book);
+  if (stored == nullptr) throw Unusable(described(book) + ": books of this kind are read, not written");
+  return KRRef<KRStoredBook>(stored);
+}
+
+void UserBooks::checkApart(const std::string& file, const KRAddressBook& book) {
+  const std::filesystem::path place = std::string(book.place().view());
+  if (file.empty() || file == "-" || place.empty()) return;
+  std::error_code failed;
+  std::filesystem::path path = std::filesystem::absolute(file, failed);
+  if (failed) return;
+  const bool isOwn = std::filesystem::equivalent(path, place, failed) ||
+                     std::filesystem::equivalent(path.parent_path(), place, failed);
+  if (isOwn) throw Unusable(file + ": this is where " + described(book) + " is kept; write to another file");
+}
+
+void UserBooks::checkApart(const std::string& file, const std::string& source) {
+  std::error_code failed;
+  if (std::filesystem::equivalent(file, source, failed)) {
+    throw Unusable(file + ": this is the file that is read; write to another one");
+  }
+}
+
+bool UserBooks::isTrash(const KRAddressBook& book) {
+  return book.ID() == KRTrashAddressBookID;
+}
+
+std::string UserBooks::described(const KRAddressBook& book) {
+  std::string text = shownText(book.name().view()) + " (" + shownText(book.ID().view());
+  const KRString place = book.place();
+  // The identifier of a file says its place already.
+  if (!place.isEmpty() && book.ID().view().find(place.view()) == std::string_view::npos) {
+    text += ", " + shownText(place.view());
+  }
+  return text + ")";
+}
