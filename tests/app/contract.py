@@ -1,5 +1,5 @@
-"""An independent reading of an address book: what the eight single-field issues find in contacts, worked out here from
-the rules alone, for comparison with what the program says."""
+"""An independent reading of an address book: what the issues of the catalogue find in contacts, worked out here from the
+rules alone, for comparison with what the program says."""
 import functools
 import re
 
@@ -13,6 +13,11 @@ SUFFIXES = "2nd 3rd 4th 5th 6th BA DDS ESQ I II III IV IX Jr Junior MA MD MS PhD
 SINGLE_FIELD = ("KRIssueIncompleteName", "KRIssueBlankName", "KRIssueInvalidCharacters", "KRIssueUnusualTitle",
                 "KRIssueUnusualSuffix", "KRIssueSpacingInTheFirstName", "KRIssueHasCompanyNameNoTitle",
                 "KRIssueNoteWithSpacingOnly")
+# Those about values that one contact holds twice.
+REPEATED = ("KRIssueDuplicatePhoneNumber", "KRIssueDuplicateEmailAddress", "KRIssueDuplicateAddress")
+# Those about several contacts at once.
+AMONG = ("KRIssueDuplicateNames", "Duplicate Info", "KRIssuePhonesDuplicatedAmongMultipleContacts",
+         "KRIssueEmailsDuplicatedAmongMultipleContacts")
 
 
 class Contact:
@@ -21,10 +26,30 @@ class Contact:
     def __init__(self, uid):
         self.uid = uid
         self.first = self.last = self.middle = self.prefix = self.suffix = None
-        self.company = self.job = self.note = None
+        self.company = self.department = self.job = self.note = None
         self.is_organization = False
-        self.phones = []
-        self.emails = []
+        # Label and value of each entry, in the card's order.
+        self.labelled_phones = []
+        self.labelled_emails = []
+        self.labelled_addresses = []
+
+    @property
+    def phones(self):
+        return [value for _, value in self.labelled_phones]
+
+    @property
+    def emails(self):
+        return [value for _, value in self.labelled_emails]
+
+    @property
+    def addresses(self):
+        return [value for _, value in self.labelled_addresses]
+
+    def everything(self):
+        """All that the contact says, for equality."""
+        return (self.first, self.middle, self.last, self.prefix, self.suffix, self.company, self.department, self.job,
+                self.note, self.is_organization, tuple(self.labelled_phones), tuple(self.labelled_emails),
+                tuple(self.labelled_addresses))
 
 
 @functools.cache
@@ -51,7 +76,18 @@ def invalid_sentence(phones, emails):
     return text + " includes invalid characters."
 
 
-def finding_of(issue, contact):
+def repeated(values):
+    """The values that occur more than once, each once, in the order in which they are repeated."""
+    seen = set()
+    found = []
+    for value in values:
+        if value in seen and value not in found:
+            found.append(value)
+        seen.add(value)
+    return found
+
+
+def finding_of(issue, contact, prefixes=PREFIXES, suffixes=SUFFIXES):
     """(info, sentence) when the issue finds something in the contact, else None."""
     person = not contact.is_organization
     if issue == "KRIssueIncompleteName":
@@ -67,10 +103,10 @@ def finding_of(issue, contact):
         if info:
             return info, invalid_sentence(phones, emails)
     elif issue == "KRIssueUnusualTitle":
-        if person and contact.prefix is not None and contact.prefix not in PREFIXES:
+        if person and contact.prefix is not None and contact.prefix not in prefixes:
             return contact.prefix, f'The prefix "{contact.prefix}" of this Contact is invalid.'
     elif issue == "KRIssueUnusualSuffix":
-        if person and contact.suffix is not None and contact.suffix not in SUFFIXES:
+        if person and contact.suffix is not None and contact.suffix not in suffixes:
             return contact.suffix, f'The suffix "{contact.suffix}" of this Contact is invalid.'
     elif issue == "KRIssueSpacingInTheFirstName":
         if person and contact.first is not None and " " in contact.first:
@@ -81,6 +117,54 @@ def finding_of(issue, contact):
     elif issue == "KRIssueNoteWithSpacingOnly":
         if contact.note is None:
             return None, "This Contact's notes is empty."
+    elif issue == "KRIssueDuplicatePhoneNumber":
+        if repeated(contact.phones):
+            return repeated(contact.phones), "This Contact has duplicate phone numbers."
+    elif issue == "KRIssueDuplicateEmailAddress":
+        if repeated(contact.emails):
+            return None, "This Contact has duplicate email addresses."
+    elif issue == "KRIssueDuplicateAddress":
+        if repeated(contact.addresses):
+            return None, "This Contact has duplicate addresses."
     else:
         raise AssertionError(issue)
     return None
+
+
+def name_of(contact, setting):
+    """What is compared of a contact's name; None for nothing. The setting has a bit for first, middle and last names."""
+    if contact.is_organization:
+        return None if contact.company is None else ("organization", contact.company)
+    parts = [(bit, part) for bit, part in ((1, contact.first), (2, contact.middle), (4, contact.last))
+             if setting & bit and part is not None]
+    return ("person", *parts) if parts else None
+
+
+def gathered(pairs):
+    """The groups of two or more under their keys, in the order in which the keys were met; no place twice."""
+    groups = {}
+    for key, place in pairs:
+        places = groups.setdefault(key, [])
+        if place not in places:
+            places.append(place)
+    return {key: places for key, places in groups.items() if len(places) > 1}
+
+
+def groups_of(issue, contacts, setting=7):
+    """[(places, info, sentence)] for an issue about several contacts at once."""
+    numbered = list(enumerate(contacts))
+    if issue == "KRIssueDuplicateNames":
+        names = [(name_of(contact, setting), place) for place, contact in numbered]
+        found = gathered((name, place) for name, place in names if name is not None)
+        return [(places, None, localized("KR_Issue_Info_Duplicatecontacts")) for places in found.values()]
+    if issue == "Duplicate Info":
+        found = gathered((contact.everything(), place) for place, contact in numbered)
+        return [(places, None, "Contacts in this list have duplicates in all fields.") for places in found.values()]
+    if issue == "KRIssuePhonesDuplicatedAmongMultipleContacts":
+        words, values = "phone number", "phones"
+    else:
+        words, values = "email address", "emails"
+    found = gathered(((contact.is_organization, value), place) for place, contact in numbered
+                     for value in getattr(contact, values))
+    return [(places, value, f'Contacts in this list have the same {words} "{value}"')
+            for (_, value), places in found.items()]

@@ -66,6 +66,11 @@ class HostTest(unittest.TestCase):
         self.assertEqual(code, result.code, f"{arguments}\n{result.out[-2000:]}\n{result.err[-2000:]}")
         return result
 
+    def start_host(self, *arguments):
+        """Starts the program, to be waited for by `communicate`."""
+        return subprocess.Popen([PROGRAM, *map(os.fspath, arguments)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, cwd=self.folder, env=self.environment())
+
     def run_on_terminal(self, *arguments, width=80, both=False, code=0, **environment):
         """Runs the program with standard output (with `both`, standard error too) on a terminal of its own; the terminal's
         bytes, and standard error unless it went there."""

@@ -11,7 +11,13 @@ SUFFIXES = ["Jr", "Jr.", "III", "iii", "PhD", "Ph.D.", "X", "Esq", "ESQ", " V"]
 COMPANIES = ["Acme", "Ärzte & Co", "Semi; colon", "Comma, Inc.", " ", "株式会社"]
 PHONES = ["+1 (555) 123-4567", "555.1234", "12a", "x9", "0800\u00a0123", "12丰3", "１２３", "+49-30-12", " ", "call me",
           "#31#", "123*45", "12\U0001ac30", "📞123", "(0)30", "5,6", "5;6"]
-EMAILS = ["a@b.example", "bob", "a@@b", "@", "two at signs@x@y", "no-at.example", "ü@ö.example", " ", "who, me"]
+EMAILS = ["a@b.example", "A@b.example", "á@b.example", "bob", "a@@b", "@", "two at signs@x@y", "no-at.example", "ü@ö.example", " ", "who, me"]
+# Shared by two or three contacts each, in a book of two thousand.
+NUMBERS = [f"+44 7700 {900000 + each}" for each in range(900)]
+MAILBOXES = [f"box{each}@example.org" for each in range(500)]
+ADDRESSES = [";;1 Main Road;Exeter;;EX1 1AA;United Kingdom", ";;1 Main Road;Exeter;;EX1 1AA;", ";;1 main road;Exeter;;EX1 1AA;",
+             ";Flat 2;1 Main Road;Exeter;;EX1 1AA;", ";;Hauptstraße 5;Köln;;50667;Deutschland", "PO 5;;;Lyon;;69001;France",
+             ";;中山路1号;上海;;200001;中国", ";;7 Mill\\, Road;Cambridge;;;"]
 NOTES = ["hello", " ", "   ", "two\nlines", "semi; comma, back\\slash", "long " * 40, "終わり" * 40]
 FULL = ["Solo", "Two Words", "Three Word Name", "One Two Three Four", "Ümläut Name"]
 
@@ -59,14 +65,46 @@ def name_lines(contact, dice):
     return lines
 
 
-def card_and_contact(index, dice):
-    contact = contract.Contact(f"random-{index}")
-    contact.is_organization = dice.random() < 0.15
+def entry_lines(contact, dice):
+    """The lines of phones, e-mails and addresses, and what each means: the list that it belongs to, its label and its
+    value."""
     lines = []
-    meaning = {}  # line -> the list that its value belongs to, and the value
+
+    def add(values, start, label, value, text):
+        lines.append((start + text, (values, label, value)))
+
+    def add_phone(phone):
+        start, label = dice.choice((("TEL:", None), ("TEL;TYPE=CELL:", "mobile"), ("item1.TEL;TYPE=HOME,VOICE:", "home")))
+        add(contact.labelled_phones, start, label, phone, escaped(phone))
+
+    def add_email(email):
+        start, label = dice.choice((("EMAIL:", None), ("EMAIL;TYPE=INTERNET:", None), ("EMAIL;TYPE=WORK:", "work")))
+        add(contact.labelled_emails, start, label, email, escaped(email))
+
+    def add_address(address):
+        start, label = dice.choice((("ADR:", None), ("ADR;TYPE=HOME:", "home"), ("ADR;TYPE=WORK:", "work")))
+        add(contact.labelled_addresses, start, label, address, address)
+
+    for add_one, pools, counts in ((add_phone, (PHONES, NUMBERS), (0, 1, 1, 2, 3)),
+                                   (add_email, (EMAILS, MAILBOXES), (0, 0, 1, 1, 2)),
+                                   (add_address, (ADDRESSES, ADDRESSES), (0, 0, 0, 1, 2))):
+        values = [dice.choice(dice.choice(pools)) for _ in range(dice.choice(counts))]
+        if values and dice.random() < 0.12:
+            values.append(dice.choice(values))
+        for value in values:
+            add_one(value)
+    return lines
+
+
+def contact_lines(contact, dice):
+    """All lines of a contact but its identifier; those of entries with what they mean, others with None."""
+    lines = []
     if dice.random() < 0.5:
         contact.company = dice.choice(COMPANIES + FULL)
-        lines.append("ORG:" + escaped(contact.company) + dice.choice(("", ";Department", ";")))
+        department = dice.choice(("", "Department", ""))
+        lines.append("ORG:" + escaped(contact.company) + dice.choice(("", ";" if not department else "")) +
+                     (";" + department if department else ""))
+        contact.department = department or None
     if dice.random() < 0.3:
         contact.job = dice.choice(("Boss", " ", "Chef; cook"))
         lines.append("TITLE:" + escaped(contact.job))
@@ -79,33 +117,52 @@ def card_and_contact(index, dice):
         lines.append("NOTE:")
     if contact.is_organization:
         lines.append("X-ABShowAs:COMPANY")
-    for _ in range(dice.choice((0, 1, 1, 2, 3))):
-        phone = dice.choice(PHONES)
-        lines.append(dice.choice(("TEL:", "TEL;TYPE=CELL:", "item1.TEL;TYPE=HOME,VOICE:")) + escaped(phone))
-        meaning[lines[-1]] = (contact.phones, phone)
+    entries = entry_lines(contact, dice)
     if dice.random() < 0.1:
         lines.append("TEL;TYPE=WORK:")
-    for _ in range(dice.choice((0, 0, 1, 1, 2))):
-        email = dice.choice(EMAILS)
-        lines.append(dice.choice(("EMAIL:", "EMAIL;TYPE=INTERNET:")) + escaped(email))
-        meaning[lines[-1]] = (contact.emails, email)
     if dice.random() < 0.1:
         lines.append("EMAIL:")
     lines += name_lines(contact, dice)
-    lines.append(f"UID:{contact.uid}")
+    return [(line, None) for line in lines] + entries
+
+
+def card_of(contact, lines, dice):
+    """The card of the lines in a random order, which is the order of the contact's values."""
+    lines = [*lines, (f"UID:{contact.uid}", None)]
     if dice.random() < 0.2:
-        lines.append("X-UNKNOWN;P=1:whatever\\, you like")
+        lines.append(("X-UNKNOWN;P=1:whatever\\, you like", None))
     dice.shuffle(lines)
-    for line in lines:
-        if line in meaning:
-            values, value = meaning[line]
-            values.append(value)
-    text = "\r\n".join(folded(line, dice) for line in ["BEGIN:VCARD", "VERSION:3.0", *lines, "END:VCARD"])
-    return text + "\r\n", contact
+    for _, meaning in lines:
+        if meaning is not None:
+            values, label, value = meaning
+            values.append((label, value))
+    text = "\r\n".join(folded(line, dice) for line in ["BEGIN:VCARD", "VERSION:3.0", *(line for line, _ in lines), "END:VCARD"])
+    return text + "\r\n"
+
+
+def copied(index, source, lines):
+    """A contact like another one, and its lines, which fill its own lists."""
+    contact = contract.Contact(f"random-{index}")
+    for name in ("first", "last", "middle", "prefix", "suffix", "company", "department", "job", "note", "is_organization"):
+        setattr(contact, name, getattr(source, name))
+    own = {id(source.labelled_phones): contact.labelled_phones, id(source.labelled_emails): contact.labelled_emails,
+           id(source.labelled_addresses): contact.labelled_addresses}
+    return contact, [(line, meaning and (own[id(meaning[0])], *meaning[1:])) for line, meaning in lines]
 
 
 def book(count, seed):
-    """The text of a vCard file, and its contacts in order."""
+    """The text of a vCard file, and its contacts in order. Some contacts are copies of earlier ones, whose values often
+    come in another order."""
     dice = random.Random(seed)
-    pairs = [card_and_contact(index, dice) for index in range(count)]
-    return "".join(text for text, _ in pairs), [contact for _, contact in pairs]
+    made = []
+    text = ""
+    for index in range(count):
+        if made and dice.random() < 0.1:
+            contact, lines = copied(index, *dice.choice(made))
+        else:
+            contact = contract.Contact(f"random-{index}")
+            contact.is_organization = dice.random() < 0.15
+            lines = contact_lines(contact, dice)
+        text += card_of(contact, lines, dice)
+        made.append((contact, lines))
+    return text, [contact for contact, _ in made]

@@ -21,6 +21,16 @@ FIXES = {
     "KRIssueHasCompanyNameNoTitle": "Edit Ignore",
     "KRIssueNoteWithSpacingOnly": "Edit Ignore",
 }
+SHORT = {
+    "KRHandleNameEdit": "edit",
+    "KRHandleNameIgnore": "ignore",
+    "KRHandleNameDeleteDuplicatePerson": "delete-duplicates",
+    "KRHandleNameDeleteContact": "delete-contact",
+    "KRHandleNameDeleteDublicatProperty": "delete-duplicate-values",
+    "KRHandleNameDeleteProperty": "delete-field",
+    "KRHandleNameAddSupport": "add-to-list",
+    "KRHandleNameRemoveSpace": "remove-space",
+}
 MULTI_PERSON = {"KRIssueDuplicateNames", "Duplicate Info", "KRIssuePhonesDuplicatedAmongMultipleContacts",
                 "KRIssueEmailsDuplicatedAmongMultipleContacts"}
 
@@ -42,19 +52,23 @@ class Issues(host.HostTest):
             self.assertEqual(row["issue"] in MULTI_PERSON, row["multiPerson"])
             for handle in row["handles"]:
                 self.assertTrue(handle["title"])
+                self.assertEqual(SHORT[handle["name"]], handle["shortName"])
             self.assertTrue(row["used"])
             self.assertTrue(row["displayName"])
 
     def test_list_for_people(self):
-        lines = self.run_host("issues").out.splitlines()
+        text = self.run_host("issues").out
         rows = self.rows()
-        for row, line in zip(rows, lines[0::2]):
-            self.assertTrue(line.startswith("[x] " + row["displayName"]), line)
-            self.assertTrue(line.endswith(" " + row["shortName"]), line)
-            self.assertLessEqual(len(line), 80)
-        for row, line in zip(rows, lines[1::2]):
+        blocks = text.split("[x] ")[1:]
+        self.assertEqual(len(rows), len(blocks))
+        for row, block in zip(rows, blocks):
+            first, rest = block.split("\n", 1)
+            self.assertTrue(first.startswith(row["displayName"]), first)
+            self.assertTrue(first.endswith(" " + row["shortName"]), first)
             for handle in row["handles"]:
-                self.assertIn(handle["title"], line)
+                self.assertIn(" ".join(handle["title"].split()) + f" ({handle['shortName']})", " ".join(rest.split()))
+        for line in text.splitlines():
+            self.assertLessEqual(len(line), 80)
 
     def test_use_and_drop_and_reset_are_kept(self):
         self.run_host("issues", "drop", "blank-name", "KRIssueUnusualTitle", "Duplicate Info")

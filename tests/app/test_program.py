@@ -16,7 +16,8 @@ class Program(host.HostTest):
         lines = self.run_host("--version").out.splitlines()
         self.assertEqual("krcontacts 1.0", lines[0])
         self.assertRegex(lines[1], r"^1\.0\b.+")
-        self.assertEqual(2, len(lines))
+        self.assertRegex(lines[2], r"^desktop address books: (yes|no, .+)$")
+        self.assertEqual(3, len(lines))
 
     def test_help_pages_fit_a_terminal_and_name_every_option(self):
         pages = {
@@ -29,6 +30,17 @@ class Program(host.HostTest):
                             "prefixes", "suffixes"],
             ("settings", "import"): ["import"],
             ("properties",): ["--json"],
+            ("books",): ["show", "add", "--new", "remove", "default", "--dry-run", "--json"],
+            ("books", "add"): ["--new"],
+            ("import",): ["--into", "--existing", "skip", "update", "both", "ask", "--rejects", "--force", "--dry-run",
+                          "--verbose", "--json", "--no-progress"],
+            ("export",): ["--to", "--version", "--where", "--id", "--force", "--dry-run", "--verbose", "--no-progress"],
+            ("merge",): ["BOOK", "--dry-run", "--json", "--no-progress", "kept", "equal", "trash"],
+            ("plan",): ["BOOK", "--apply", "--where", "--id", "values", "--no-progress"],
+            ("apply",): ["PLAN", "--book", "--dry-run", "--json", "--no-progress"],
+            ("ignored",): ["list", "forget", "--all", "--dry-run", "--json", "--remember", "--hide-ignored"],
+            ("trash",): ["list", "show", "restore", "--all", "--into", "remove", "clear", "--yes", "--where", "--dry-run",
+                         "--json"],
         }
         for command, words in pages.items():
             result = self.run_host(*command, "--help")
@@ -58,7 +70,8 @@ class Program(host.HostTest):
     def test_a_full_disk_is_reported(self):
         book = self.write("a.vcf", BOOK * 2000)
         for words in (["scan", *NAMES, book], ["scan", *NAMES, "--json", book], ["scan", *NAMES, "--events", book],
-                      ["properties", "--json"], ["--version"], ["--help"], ["issues"], ["settings", "export"]):
+                      ["convert", book, "--to", "-"], ["export", book, "--to", "-"], ["properties", "--json"], ["--version"],
+                      ["--help"], ["issues"], ["settings", "export"]):
             with open("/dev/full", "wb") as full:
                 done = subprocess.run([host.PROGRAM, *map(os.fspath, words)], stdout=full, stderr=subprocess.PIPE,
                                       env=self.environment(), timeout=host.TIMEOUT)

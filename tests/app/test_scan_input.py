@@ -24,10 +24,8 @@ class Input(host.HostTest):
         return result.err
 
     def test_files_that_cannot_be_used_are_named(self):
-        (self.folder / "folder.vcf").mkdir()
         good = self.write("good.vcf", ANN)
         self.assertIn("No such file", self.refused("missing.vcf", name="missing.vcf"))
-        self.assertIn("Is a directory", self.refused("folder.vcf", name="folder.vcf"))
         self.assertIn("extension", self.refused(self.write("book.txt", ANN), name="book.txt"))
         self.assertIn("extension", self.refused(self.write("book", ANN), name="book"))
         self.assertIn("no contact", self.refused(self.write("text.vcf", "Dear diary\n"), name="text.vcf"))
@@ -35,6 +33,11 @@ class Input(host.HostTest):
         self.refused(good, "missing.vcf", name="missing.vcf")
         self.refused(good, self.write("text2.vcf", "x"), name="text2.vcf")
         self.refused("-", name="standard input", stdin=b"no cards here")
+
+    def test_a_folder_of_files_is_a_book(self):
+        self.write("people/a.vcf", ANN)
+        self.assertEqual(["Ann"], self.names("people")[0])
+        self.refused("people", self.write("good.vcf", ANN), name="people")
 
     def test_a_file_that_may_not_be_read_is_named(self):
         path = self.write("secret.vcf", ANN)

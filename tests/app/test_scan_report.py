@@ -119,6 +119,12 @@ class Report(host.HostTest):
         path = self.write("a.vcf", host.card("N:Doe;Jane;;;", "NOTE:x"))
         self.assertIn("Nothing to clean up.", self.run_host("scan", path).out)
 
+    def test_a_narrowed_scan_says_nothing_of_the_other_contacts(self):
+        path = self.write("a.vcf", host.card("N:Doe;Jane;;;", "NOTE:x") + host.card("N:;;;;"))
+        out = self.run_host("scan", "--where", "Jane", path).out
+        self.assertIn("Nothing to clean up in the contacts asked for.", out)
+        self.assertNotIn("Nothing to clean up", self.run_host("scan", path).out)
+
 
 if __name__ == "__main__":
     host.main()

@@ -9,6 +9,7 @@
 #include "contacts/model/KRObjectPersonName.h"
 #include "platform/KRKeyedArchiver.h"
 #include "tests/support/KRTestFolder.h"
+#include "tests/support/KRTestPaths.h"
 
 namespace {
 

@@ -2,10 +2,17 @@
 
 #include "detectors/KRIssueFindBlankName.h"
 #include "detectors/KRIssueFindCompanyNoTitle.h"
+#include "detectors/KRIssueFindDuplicateAddress.h"
+#include "detectors/KRIssueFindDuplicateEmail.h"
+#include "detectors/KRIssueFindDuplicateInfo.h"
+#include "detectors/KRIssueFindDuplicatePhone.h"
+#include "detectors/KRIssueFindDuplicatecontacts.h"
 #include "detectors/KRIssueFindEmptyNote.h"
 #include "detectors/KRIssueFindIncompleteName.h"
 #include "detectors/KRIssueFindInvalidCharset.h"
 #include "detectors/KRIssueFindNicknameSpacing.h"
+#include "detectors/KRIssueFindShareEmail.h"
+#include "detectors/KRIssueFindSharePhone.h"
 #include "detectors/KRIssueFindSpacingInFirst.h"
 #include "detectors/KRIssueFindUnusualSuffix.h"
 #include "detectors/KRIssueFindUnusualTitle.h"
@@ -24,14 +31,21 @@ void expectDetector(const KRString& issueName) {
 }
 
 TEST(KRIssueFindFactory, ChoosesTheDetectorByTheIssuesName) {
+  expectDetector<KRIssueFindDuplicatecontacts>(KRIssueDuplicateNames);
   expectDetector<KRIssueFindIncompleteName>(KRIssueIncompleteName);
   expectDetector<KRIssueFindInvalidCharset>(KRIssueInvalidCharacters);
+  expectDetector<KRIssueFindDuplicateAddress>(KRIssueDuplicateAddress);
+  expectDetector<KRIssueFindDuplicatePhone>(KRIssueDuplicatePhoneNumber);
+  expectDetector<KRIssueFindDuplicateEmail>(KRIssueDuplicateEmailAddress);
   expectDetector<KRIssueFindEmptyNote>(KRIssueNoteWithSpacingOnly);
   expectDetector<KRIssueFindUnusualTitle>(KRIssueUnusualTitle);
   expectDetector<KRIssueFindUnusualSuffix>(KRIssueUnusualSuffix);
   expectDetector<KRIssueFindSpacingInFirst>(KRIssueSpacingInTheFirstName);
   expectDetector<KRIssueFindNicknameSpacing>(KRIssueNicknameWithSpacingOnly);
   expectDetector<KRIssueFindBlankName>(KRIssueBlankName);
+  expectDetector<KRIssueFindShareEmail>(KRIssueEmailsDuplicatedAmongMultipleContacts);
+  expectDetector<KRIssueFindSharePhone>(KRIssuePhonesDuplicatedAmongMultipleContacts);
+  expectDetector<KRIssueFindDuplicateInfo>(KRIssueDuplicateInfo);
   expectDetector<KRIssueFindCompanyNoTitle>(KRIssueHasCompanyNameNoTitle);
 }
 

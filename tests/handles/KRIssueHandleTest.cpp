@@ -211,7 +211,7 @@ TEST(KRIssueHandle, MergingDeletesAllPersons) {
   const auto group = krFinding({ann, ben, krNamed("Eve"), krNamed("Zoe")});
   const auto finding = krFinding({ann, ben});
   const auto result = krResult({krContext({krFinding({ann}), group, krFinding({ben})}), krContext({finding})});
-  named(KRHandleNameMergeContact)->fix(finding.get());
+  resetFor(KRHandleNameMergeContact, finding);
   EXPECT_EQ(krPlain(result->contexts().first()->objects()), Findings{group.get()});
   EXPECT_EQ(group->persons().count(), 2U);
   EXPECT_EQ(result->contexts().count(), 1U);
@@ -228,6 +228,33 @@ TEST(KRIssueHandle, OtherFixesDeleteNobody) {
     resetFor(name, finding);
     EXPECT_EQ(krPlain(result->issueObjectsOfPerson(ann.get())), Findings{other.get()}) << name.view();
   }
+}
+
+TEST(KRIssueHandle, TheFindingsOwnHandleTellsWhoWasDeleted) {
+  const auto ann = krNamed("Ann");
+  const auto ofAnn = krFinding({ann});
+  const auto finding = krFinding({ann});
+  const auto result = krResult({krContext({ofAnn}), krContext({finding})});
+  finding->setHandle(named(KRHandleNameIgnore));
+  resetFor(KRHandleNameDeleteContact, finding);
+  EXPECT_EQ(krPlain(result->issueObjectsOfPerson(ann.get())), Findings{ofAnn.get()});
+}
+
+TEST(KRIssueHandle, AGroupThatLosesItsMembersOneByOneGoesWithItsLastPair) {
+  std::vector<KRRef<IKRPerson>> all;
+  for (int i = 0; i < 100; ++i) all.push_back(krNamed("Ann"));
+  const auto group = krFinding(all);
+  const auto context = krContext({});
+  for (const auto& person : all) context->addIssueObject(krFinding({person}).get());
+  const auto result = krResult({krContext({group}), context});
+  for (size_t left = 100; left > 2; --left) {
+    resetFor(KRHandleNameDeleteContact, KRRef<KRIssueObject>(context->objects().first()));
+    EXPECT_EQ(group->personCount(), left - 1);
+  }
+  EXPECT_EQ(krPlain(group->persons()), (std::vector<IKRPerson*>{all[98].get(), all[99].get()}));
+  resetFor(KRHandleNameDeleteContact, KRRef<KRIssueObject>(context->objects().first()));
+  EXPECT_EQ(result->contexts().count(), 1U);
+  EXPECT_EQ(krPlain(result->issueObjectsOfPerson(all[99].get())), Findings{context->objects().first()});
 }
 
 TEST(KRIssueHandle, AnIndexedFindingThatNoLongerListsThePersonStays) {

@@ -7,6 +7,7 @@
 
 #include "tests/support/KRPlistTrees.h"
 #include "tests/support/KRTestFolder.h"
+#include "tests/support/KRTestPaths.h"
 
 namespace {
 

@@ -9,6 +9,8 @@
 #include <set>
 #include <string>
 
+#include "tests/support/KRTestPaths.h"
+
 namespace {
 
 const std::filesystem::path kResources = KR_SOURCE_DIR "/resources";

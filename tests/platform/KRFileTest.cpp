@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/KRTestFolder.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -225,6 +227,32 @@ TEST_F(KRFileTest, ReadsStandardInput) {
   close(saved);
   ASSERT_TRUE(content);
   EXPECT_EQ(content->view(), "from outside");
+}
+
+TEST(KRFile, SetsAFileAsideUnderADatedName) {
+  const KRTestFolder folder;
+  folder.put("a", "first");
+  const std::string path = folder.at("a");
+  const KRResult<KRString> first = KRFile::setAside(KRText(std::string_view(path)), "damaged");
+  ASSERT_TRUE(first);
+  EXPECT_TRUE(first->view().starts_with(path + ".damaged-2"));
+  EXPECT_FALSE(std::filesystem::exists(path));
+  EXPECT_EQ(KRTestFolder::contentOf(std::string(first->view())), "first");
+  folder.put("a", "second");
+  const KRResult<KRString> second = KRFile::setAside(KRText(std::string_view(path)), "damaged");
+  ASSERT_TRUE(second);
+  EXPECT_FALSE(*first == *second);
+  EXPECT_EQ(KRTestFolder::contentOf(std::string(first->view())), "first");
+  EXPECT_EQ(KRTestFolder::contentOf(std::string(second->view())), "second");
+}
+
+TEST(KRFile, WhatIsNotThereCannotBeSetAside) {
+  const KRTestFolder folder;
+  const std::string path = folder.at("missing");
+  const KRResult<KRString> missing = KRFile::setAside(KRText(std::string_view(path)), "damaged");
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.error().code, KRErrorCode::NotFound);
+  EXPECT_EQ(KRFile::setAside({}, "damaged").error().code, KRErrorCode::InvalidArgument);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/KRLocations.h"
+
 namespace {
 
 TEST(KRHostInfo, TheIdentifierIsTheExecutablesNameUntilTheHostSetsOne) {
@@ -12,6 +14,14 @@ TEST(KRHostInfo, TheIdentifierIsTheExecutablesNameUntilTheHostSetsOne) {
   EXPECT_EQ(KRHostInfo::identifier(), "tests_platform");
   KRHostInfo::setIdentifier(nullptr);
   EXPECT_EQ(KRHostInfo::identifier(), "tests_platform");
+}
+
+TEST(KRHostInfo, TheIdentifierNamesOneFolderWhateverItHolds) {
+  KRHostInfo::setIdentifier("../a/b"_kr);
+  EXPECT_EQ(KRHostInfo::fileName(), ".._a_b");
+  EXPECT_EQ(KRHostInfo::dataFolder(), krConcat({KRLocations::applicationSupportFolder(), "/.._a_b"}));
+  KRHostInfo::setIdentifier(nullptr);
+  EXPECT_EQ(KRHostInfo::fileName(), "tests_platform");
 }
 
 }  // namespace

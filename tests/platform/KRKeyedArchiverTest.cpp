@@ -9,6 +9,7 @@
 #include "tests/support/KRArchivedNode.h"
 #include "tests/support/KRPlistTrees.h"
 #include "tests/support/KRTestFolder.h"
+#include "tests/support/KRTestPaths.h"
 
 namespace {
 

@@ -8,6 +8,7 @@
 
 #include "tests/support/KRArchivedNode.h"
 #include "tests/support/KRTestFolder.h"
+#include "tests/support/KRTestPaths.h"
 
 namespace {
 

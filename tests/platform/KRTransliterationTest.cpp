@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/KRCaseFolding.h"
+
 namespace {
 
 /// ICU's own transliterator, slow and obvious.
@@ -88,6 +90,19 @@ TEST(KRTransliteration, PlainTextIsSpacedByTheSameRules) {
                {"[x]{y}", "[X]{Y}"},
                {"z@y_w", "Z@Y_W"}};
   for (const auto& row : kRows) EXPECT_EQ(krMandarinLatinUpper(row.name).view(), row.latin) << row.name;
+}
+
+TEST(KRTransliteration, MakesTheSortingKeyOfPlainTextInPlace) {
+  std::mt19937 random(9);
+  constexpr std::string_view kCharacters = "aZ ,.)](Bc'9-";
+  for (int round = 0; round < 3000; ++round) {
+    std::string text;
+    for (size_t i = random() % 12; i > 0; --i) text += kCharacters[random() % kCharacters.size()];
+    std::string key = "Kept)" + text;
+    krMandarinLatinKeyInPlace(key, 5);
+    const KRString capitals = krMandarinLatinUpper(KRText(std::string_view(text)));
+    EXPECT_EQ(key, "Kept)" + std::string(krCaselessKey(capitals).view())) << text;
+  }
 }
 
 TEST(KRTransliteration, NothingStaysNothing) {

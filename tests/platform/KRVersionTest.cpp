@@ -6,6 +6,8 @@
 #include <iterator>
 #include <string>
 
+#include "tests/support/KRTestPaths.h"
+
 namespace {
 
 TEST(KRVersion, NumberAndTextAgreeWithTheBuild) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+
 #include "tests/support/KRHostPerson.h"
 
 /// A person of which only the names matter: the one shown, and the transliterated one, which it may not offer.
@@ -20,7 +22,8 @@ class KRNamedPerson : public KRHostPerson {
  private:
   KRString displayName_;
   KRString pinyin_;
-  mutable int asked_ = 0;
+  // Runs on several threads may ask the same person.
+  mutable std::atomic<int> asked_ = 0;
 };
 
 /// A person that counts as the same as every other one of the same `ID`, as a store's own records may do.

@@ -50,16 +50,14 @@ KRRef<KRMutableMultipleValue> krEntries(const std::vector<KRString>& texts, int3
   return entries;
 }
 
-/// A new person of that kind, filled through the person protocol.
-template <class Person>
-KRRef<IKRPerson> krPerson(const KRPersonSketch& sketch) {
-  const KRRef<IKRPerson> person = krMake<Person>();
+/// Sets what the sketch has, through the person protocol.
+inline void krFill(IKRPerson& person, const KRPersonSketch& sketch) {
   const auto set = [&](const KRString& property, const KRString& text) {
-    if (!text.isNothing()) person->setValue(krLabelled(text, KRValueType::Text), property);
+    if (!text.isNothing()) person.setValue(krLabelled(text, KRValueType::Text), property);
   };
   if (sketch.hasName || !sketch.first.isNothing() || !sketch.middle.isNothing() || !sketch.last.isNothing()) {
     auto name = krMake<KRObjectPersonName>(sketch.first, sketch.middle, sketch.last);
-    person->setValue(krLabelled(std::move(name), KRValueType::PersonName), KRProPertyName);
+    person.setValue(krLabelled(std::move(name), KRValueType::PersonName), KRProPertyName);
   }
   set(KRProPertyTitle, sketch.title);
   set(KRProPertySuffix, sketch.suffix);
@@ -69,10 +67,17 @@ KRRef<IKRPerson> krPerson(const KRPersonSketch& sketch) {
   set(KRProPertyJobTitle, sketch.jobTitle);
   if (sketch.isOrganization) set(KRProPertyIsOrganization, "YES"_kr);
   if (!sketch.phones.empty()) {
-    person->setValue(krEntries<KRObjectPhone>(sketch.phones, KRValueType::Phone), KRProPertyPhone);
+    person.setValue(krEntries<KRObjectPhone>(sketch.phones, KRValueType::Phone), KRProPertyPhone);
   }
   if (!sketch.emails.empty()) {
-    person->setValue(krEntries<KRObjectEmail>(sketch.emails, KRValueType::Email), KRProPertyEmail);
+    person.setValue(krEntries<KRObjectEmail>(sketch.emails, KRValueType::Email), KRProPertyEmail);
   }
+}
+
+/// A new person of that kind, filled.
+template <class Person>
+KRRef<IKRPerson> krPerson(const KRPersonSketch& sketch) {
+  const KRRef<IKRPerson> person = krMake<Person>();
+  krFill(*person, sketch);
   return person;
 }

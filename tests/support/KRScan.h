@@ -21,10 +21,26 @@ class KRScan {
   static KRScan of(const std::vector<KRPersonSketch>& sketches) {
     const auto detector = krMake<Detector>();
     detector->setIssue(krIssueNamed("an issue of this test"_kr));
-    KRScan scan;
-    for (const KRPersonSketch& sketch : sketches) scan.persons_.push_back(krPerson<Person>(sketch));
-    scan.run(*detector);
-    return scan;
+    return of<Person>(sketches, [&](const KRPersonList& persons, const KRProgress& progress) {
+      return detector->find(&persons, progress);
+    });
+  }
+
+  /// A run of `find(const KRPersonList&, const KRProgress&)`, such as another strategy of a detector.
+  template <class Person, class Find>
+  static KRScan of(const std::vector<KRPersonSketch>& sketches, Find find) {
+    std::vector<KRRef<IKRPerson>> persons;
+    for (const KRPersonSketch& sketch : sketches) persons.push_back(krPerson<Person>(sketch));
+    return KRScan(std::move(persons), find);
+  }
+
+  /// A run over persons made already.
+  template <class Find>
+  KRScan(std::vector<KRRef<IKRPerson>> persons, Find find) : persons_(std::move(persons)) {
+    KRPersonList list;
+    for (const auto& person : persons_) list.append(person);
+    const KRProgress progress([this](double percent) { progress_.push_back(percent); });
+    context_ = find(static_cast<const KRPersonList&>(list), progress);
   }
 
   const KRRef<KRIssueContext>& context() const { return context_; }
@@ -54,13 +70,23 @@ class KRScan {
     return places;
   }
 
- private:
-  void run(KRIssueFind& detector) {
-    KRPersonList list;
-    for (const auto& person : persons_) list.append(person);
-    context_ = detector.find(&list, [this](double percent) { progress_.push_back(percent); });
+  /// The places of all persons of each finding, both in their order. A person that the run has twice has its first
+  /// place.
+  std::vector<std::vector<size_t>> groups() const {
+    std::vector<std::vector<size_t>> groups;
+    for (const auto& finding : findings()) {
+      groups.emplace_back();
+      const KRPersonArray persons = finding->persons();
+      for (const IKRPerson* person : persons) {
+        size_t place = 0;
+        while (place < persons_.size() && persons_[place].get() != person) ++place;
+        groups.back().push_back(place);
+      }
+    }
+    return groups;
   }
 
+ private:
   std::vector<KRRef<IKRPerson>> persons_;
   KRRef<KRIssueContext> context_;
   std::vector<double> progress_;

@@ -34,7 +34,8 @@ std::filesystem::path enterHome() {
   setenv("XDG_CACHE_HOME", (home / "cache").c_str(), 1);
   setenv("XDG_STATE_HOME", (home / "state").c_str(), 1);
   unsetenv("KRCONTACTS_HOME");
-  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANGUAGE"}) {
+  // Nor is the desktop asked for its address books.
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANGUAGE", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"}) {
     unsetenv(name);
   }
   setenv("LANG", "en_US.UTF-8", 1);

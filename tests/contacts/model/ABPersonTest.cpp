@@ -253,6 +253,16 @@ TEST(ABPerson, MakesAnIdentifierFromTheTextOfACardWithoutOne) {
   EXPECT_NE(ID, personOf("BEGIN:VCARD\nN:Lee;Anna\nEND:VCARD")->ID().view());
 }
 
+TEST(ABPerson, KeepsAnIdentifierMadeFromTheCardWhenTheCardIsReplaced) {
+  const auto book = krMake<KRAddressBook>("b"_kr, "b"_kr);
+  const auto person = personOf(krCard({"N:Lee;Ann"}));
+  book->addPerson(person.get());
+  const KRString before = person->ID();
+  person->setRecord(personOf(krCard({"N:Lee;Bo"}))->record());
+  EXPECT_EQ(person->displayName(), "Bo Lee");
+  EXPECT_EQ(person->ID(), before);
+}
+
 TEST(ABPerson, GivesLaterHoldersOfAnIdentifierASuffix) {
   const std::string same = krCard({"N:a", "UID:1"});
   EXPECT_EQ(IDsOf(krReadCards(same + same + krCard({"N:b", "UID:1-2"}) + same)),

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "contacts/KRTempPerson.h"
 #include "contacts/model/ABPerson.h"
@@ -84,6 +86,67 @@ TEST(KRAddressBook, KeepsTheIdentifierOfARemovedPersonThatNobodyAskedFor) {
   book->removePersons(KRPersonArray(second));
   EXPECT_EQ(second->ID(), "same-2");
   EXPECT_EQ(book->allPersons().first()->ID(), "same");
+}
+
+namespace {
+
+KRRef<ABPerson> personCalled(KRString ID) {
+  auto person = krMake<ABPerson>();
+  person->setID(ID);
+  return person;
+}
+
+}  // namespace
+
+TEST(KRAddressBook, GivesACopyOfARemovedPersonItsIdentifier) {
+  const auto book = newBook();
+  const auto ann = personCalled("ann"_kr);
+  book->addPerson(ann.get());
+  EXPECT_EQ(ann->ID(), "ann");
+  book->removePersons(KRPersonArray(ann));
+  const auto again = personCalled("ann"_kr);
+  book->addPerson(again.get());
+  EXPECT_EQ(again->ID(), "ann");
+}
+
+TEST(KRAddressBook, GivesAPersonThatComesBackAnotherIdentifierWhenItsOwnIsTaken) {
+  const auto book = newBook();
+  const auto ann = personCalled("ann"_kr);
+  book->addPerson(ann.get());
+  EXPECT_EQ(ann->ID(), "ann");
+  book->removePersons(KRPersonArray(ann));
+  const auto other = personCalled("ann"_kr);
+  book->addPerson(other.get());
+  EXPECT_EQ(other->ID(), "ann");
+  book->addPerson(ann.get());
+  EXPECT_EQ(ann->ID(), "ann-2");
+  EXPECT_EQ(other->ID(), "ann");
+}
+
+TEST(KRAddressBook, KeepsIdentifiersUniqueWhileManyComeAndGo) {
+  const auto book = newBook();
+  std::vector<KRRef<ABPerson>> persons;
+  for (int i = 0; i < 3000; ++i) {
+    persons.push_back(personCalled(KRString("p" + std::to_string(i % 1000))));
+    book->addPerson(persons.back().get());
+  }
+  const auto isUnique = [&] {
+    std::set<std::string> seen;
+    for (const IKRPerson& person : book->allPersons()) seen.emplace(person.ID().view());
+    return seen.size() == book->allPersonsCount();
+  };
+  EXPECT_TRUE(isUnique());
+  for (size_t round = 0; round < 5; ++round) {
+    std::vector<KRRef<IKRPerson>> gone;
+    for (size_t i = round; i < persons.size(); i += 3) gone.emplace_back(persons[i]);
+    std::map<const IKRPerson*, std::string> before;
+    for (const auto& person : gone) before[person.get()] = person->ID().view();
+    book->removePersons(KRPersonArray(gone));
+    EXPECT_TRUE(isUnique());
+    for (const auto& person : gone) book->addPerson(person.get());
+    for (const auto& person : gone) EXPECT_EQ(person->ID().view(), before[person.get()]);
+    EXPECT_TRUE(isUnique());
+  }
 }
 
 TEST(KRAddressBook, TakesOverAPersonOfAnotherBook) {

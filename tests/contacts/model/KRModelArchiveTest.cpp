@@ -71,8 +71,9 @@ TEST(KRModelArchive, NamesEveryClassOnce) {
     EXPECT_TRUE(names.insert(row.name.view()).second);
     EXPECT_NE(row.decode, nullptr);
   }
-  EXPECT_EQ(names.size(), krModelArchiveClasses().size() + 1);
+  EXPECT_EQ(names.size(), krModelArchiveClasses().size() + 2);
   EXPECT_EQ(names.count("KRTempPerson"), 1U);
+  EXPECT_EQ(names.count("KRTrashPerson"), 1U);
 }
 
 TEST(KRModelArchive, RefusesFieldsOfAnotherKind) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <string>
 
 #include "platform/KRFile.h"
@@ -20,6 +22,17 @@ TEST(KRVCardBook, ReadsAFileIntoABookNamedAfterIt) {
   EXPECT_EQ((*book)->ID(), KRVCardBook::IDForFile(KRText(std::string_view(path))));
   EXPECT_EQ((*book)->allPersonsCount(), 2U);
   EXPECT_EQ((*book)->allPersons().at(1)->addressBookID(), (*book)->ID());
+}
+
+TEST(KRVCardBook, HasOneIdentifierByAllLinksToItsFile) {
+  const KRTestFolder folder;
+  const KRTestFolder elsewhere;
+  folder.put("people.vcf", "");
+  std::filesystem::create_symlink(folder.at("people.vcf"), elsewhere.at("link.vcf"));
+  const auto IDOf = [](const std::string& path) { return KRVCardBook::IDForFile(KRText(std::string_view(path))); };
+  EXPECT_EQ(IDOf(elsewhere.at("link.vcf")), IDOf(folder.at("people.vcf")));
+  EXPECT_EQ(IDOf(folder.at("./x/../people.vcf")), IDOf(folder.at("people.vcf")));
+  EXPECT_EQ(IDOf("none.vcf"), IDOf((std::filesystem::current_path() / "none.vcf").string()));
 }
 
 TEST(KRVCardBook, ReadsSeveralFilesIntoOne) {

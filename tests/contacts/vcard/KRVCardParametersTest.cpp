@@ -68,7 +68,8 @@ TEST(KRVCardParameters, TellEncodings) {
   EXPECT_EQ(krParseParameters(";ENCODING=8BIT").encoding, P::None);
   EXPECT_EQ(krParseParameters(";CHARSET=\"ISO-8859-1\"").charset, "ISO-8859-1");
   EXPECT_TRUE(krParseParameters(";VALUE=uri").isURI);
-  EXPECT_TRUE(krParseParameters(";X-APPLE-OMIT-YEAR=1604").omitsYear);
+  EXPECT_EQ(krParseParameters(";X-APPLE-OMIT-YEAR=1604").omittedYear, 1604);
+  EXPECT_EQ(krParseParameters(";X-APPLE-OMIT-YEAR=").omittedYear, -1);
 }
 
 TEST(KRVCardParameters, RememberWhatTheyMean) {

@@ -176,7 +176,7 @@ const Case kDates[] = {
 INSTANTIATE_TEST_SUITE_P(Dates, KRVCardMapping, testing::ValuesIn(kDates), caseName);
 
 const Case kEncodings[] = {
-    {"QuotedPrintable", "2.1", {"NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:=C3=A9=0D=0Ab"}, "note: é\r\\nb\n"},
+    {"QuotedPrintable", "2.1", {"NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:=C3=A9=0D=0Ab"}, "note: é\\nb\n"},
     {"BareQuotedPrintableIn30", "3.0", {"NOTE;QUOTED-PRINTABLE:=C3=A9"}, "note: é\n"},
     {"QuotedPrintableIsSplitFirst", "2.1", {"N;ENCODING=QUOTED-PRINTABLE:A=3BB;C"}, "last: A;B\nfirst: C\n"},
     {"SoftBreaks", "2.1", {"NOTE;QUOTED-PRINTABLE:a=", "b=", " c"}, "note: ab c\n"},

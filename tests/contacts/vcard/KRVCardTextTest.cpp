@@ -88,12 +88,8 @@ TEST(KRVCardText, DecodesPercentPairs) {
   EXPECT_EQ(krDecodePercent("100%"), "100%");
 }
 
-TEST(KRVCardText, ComparesLettersWithoutCase) {
-  EXPECT_TRUE(krEqualsIgnoringCase("VCard", "vCARD"));
-  EXPECT_FALSE(krEqualsIgnoringCase("VCard", "VCards"));
-  EXPECT_FALSE(krEqualsIgnoringCase("[", "{"));
+TEST(KRVCardText, TrimsBlanks) {
   EXPECT_EQ(krTrimmedBlanks(" \ta b\t "), "a b");
-  EXPECT_EQ(krLowerASCII("ÄBc"), "Äbc");
 }
 
 }  // namespace

@@ -1,0 +1,186 @@
+#include "contacts/stores/KRUndo.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "contacts/model/KRSaveScope.h"
+#include "contacts/stores/KRSQLiteLibrary.h"
+#include "contacts/stores/KRVCardFileStore.h"
+#include "contacts/stores/KRVCardFolderStore.h"
+#include "contacts/undo/KRUndoRecorder.h"
+#include "tests/contacts/KRTrashSetting.h"
+#include "tests/contacts/stores/StoreSamples.h"
+#include "tests/support/KRKilledProcess.h"
+
+namespace {
+
+const std::string kAnn = "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:ann\r\nN:Lee;Ann;;;\r\nEND:VCARD\r\n";
+const std::string kBen = "BEGIN:VCARD\r\nVERSION:3.0\r\nUID:ben\r\nN:Lee;Ben;;;\r\nEND:VCARD\r\n";
+
+/// A kind of book with two contacts, made in a folder or found there.
+struct Kind {
+  const char* name;
+  KRRef<KRStoredBook> (*open)(const KRTestFolder& place);
+
+  friend std::ostream& operator<<(std::ostream& out, const Kind& kind) { return out << kind.name; }
+};
+
+KRRef<KRStoredBook> fileBook(const KRTestFolder& place) {
+  const std::string path = place.at("book.vcf");
+  if (!std::filesystem::exists(path)) place.put("book.vcf", kAnn + kBen);
+  return krMake<KRStoredBook>(std::make_unique<KRVCardFileStore>(KRText(std::string_view(path))));
+}
+
+KRRef<KRStoredBook> folderBook(const KRTestFolder& place) {
+  const std::string path = place.at("book");
+  if (!std::filesystem::exists(path)) {
+    std::filesystem::create_directories(path);
+    place.put("book/a.vcf", kAnn);
+    place.put("book/b.vcf", kBen);
+  }
+  return krMake<KRStoredBook>(std::make_unique<KRVCardFolderStore>(KRText(std::string_view(path))));
+}
+
+KRRef<KRStoredBook> libraryBook(const KRTestFolder& place) {
+  const std::string path = place.at("library.sqlite");
+  const bool isNew = !std::filesystem::exists(path);
+  const auto library = KRSQLiteLibrary::open(KRText(std::string_view(path)), KRSQLiteLibrary::Mode::Create).value();
+  if (!isNew) return library->book(library->books().value().at(0).ID).value();
+  auto book = library->addBook("Home"_kr).value();
+  book->addPerson(ABPerson::initWithVCardRepresentation(KRText(std::string_view(kAnn))).get());
+  book->addPerson(ABPerson::initWithVCardRepresentation(KRText(std::string_view(kBen))).get());
+  EXPECT_TRUE(book->saveNow());
+  return book;
+}
+
+class KRUndoTest : public KRTrashSetting, public testing::WithParamInterface<Kind> {
+ protected:
+  KRRef<KRStoredBook> book() const { return GetParam().open(place_); }
+
+  /// Ann goes to the trash, Ben gets another name, and Cim comes.
+  void change() const {
+    const auto open = book();
+    const auto kept = trash();
+    KRSaveScope scope;
+    IKRPerson* ann = open->personsForIDs({"ann"_kr}).at(0).get();
+    kept->addPerson(ann);
+    open->removePersons(KRPersonArray(ann));
+    IKRPerson* ben = open->personsForIDs({"ben"_kr}).at(0).get();
+    krSetText(*ben, KRProPertyNickname, "Benny");
+    open->addPerson(record("UID:cim\r\nN:Lee;Cim;;;\r\n").get());
+    kept->save();
+    open->save();
+    const KRResult<void> saved = scope.commit();
+    EXPECT_TRUE(saved) << saved.error().sentence;
+  }
+
+  void changeRecorded() const {
+    const KRUndoRecorder recorder("change");
+    change();
+  }
+
+  /// The cards of the book in its order, and what is in the trash.
+  std::string seen() const {
+    std::string text;
+    const auto open = book();
+    EXPECT_TRUE(open->load());
+    for (IKRPerson& person : open->allPersons()) text += dynamic_cast<ABPerson&>(person).card();
+    text += "trash:";
+    const auto kept = trash();
+    for (IKRPerson& person : kept->allPersons()) text += " " + std::string(person.ID().view());
+    return text;
+  }
+
+  static std::vector<KRUndoRecords::Run> runs() { return KRUndoRecords::all().value(); }
+
+  KRTestFolder place_;
+};
+
+TEST_P(KRUndoTest, PutsBackTheBookAndTheTrashAndDoesItAgain) {
+  const std::string before = seen();
+  changeRecorded();
+  const std::string after = seen();
+  ASSERT_NE(before, after);
+  ASSERT_EQ(runs().size(), 1U);
+  {
+    const KRUndoRecorder recorder("undo");
+    const auto done = KRUndo::putBack(runs().front());
+    ASSERT_TRUE(done) << done.error().sentence;
+    // The book goes back before the trash forgets what left it.
+    ASSERT_EQ(done->size(), 2U);
+    EXPECT_EQ(done->front().kind, book()->kind() == "vcard"_kr ? "file"_kr : book()->kind());
+    EXPECT_EQ(done->back().kind, "file");
+  }
+  EXPECT_EQ(seen(), before);
+  ASSERT_EQ(runs().size(), 2U);
+  const auto again = KRUndo::putBack(runs().front());
+  ASSERT_TRUE(again) << again.error().sentence;
+  EXPECT_EQ(seen(), after);
+  EXPECT_EQ(runs().size(), 2U);
+}
+
+TEST_P(KRUndoTest, KeepsNoRecordWithoutARecorder) {
+  change();
+  EXPECT_TRUE(runs().empty());
+}
+
+TEST_P(KRUndoTest, RefusesABookThatHasChangedSince) {
+  changeRecorded();
+  const auto other = book();
+  other->addPerson(record("UID:dot\r\nN:Lee;Dot;;;\r\n").get());
+  ASSERT_TRUE(other->saveNow());
+  const std::string now = seen();
+  const auto done = KRUndo::putBack(runs().front());
+  ASSERT_FALSE(done);
+  EXPECT_EQ(done.error().code, KRErrorCode::Changed);
+  EXPECT_EQ(seen(), now);
+  other->removePersons(KRPersonArray(other->personsForIDs({"dot"_kr})));
+  ASSERT_TRUE(other->saveNow());
+  EXPECT_TRUE(KRUndo::putBack(runs().front()));
+}
+
+TEST_P(KRUndoTest, ARunThatIsKilledAnywhereCanBeUndone) {
+  size_t untouched = 0;
+  size_t halfway = 0;
+  size_t whole = 0;
+  const std::string before = seen();
+  for (size_t stop = 0;; stop += 3) {
+    const auto passed = krKillAtSystemCall(
+        stop, [] {}, [this] { changeRecorded(); });
+    const auto known = runs();
+    const bool hasRecord = !known.empty() && !known.front().parts.empty();
+    size_t back = 0;
+    if (hasRecord) {
+      const auto done = KRUndo::putBack(known.front());
+      ASSERT_TRUE(done) << "killed at stop " << stop << ": " << done.error().sentence;
+      for (const KRUndo::Target& each : *done) back += each.isPutBack ? 1 : 0;
+    }
+    ASSERT_EQ(seen(), before) << "killed at stop " << stop;
+    ++(back == 0 ? untouched : back == 1 ? halfway : whole);
+    for (const auto& run : known) ASSERT_TRUE(KRUndoRecords::remove(run));
+    if (passed) break;
+  }
+  EXPECT_GE(untouched, 1U);
+  EXPECT_GE(halfway, 1U);
+  EXPECT_GE(whole, 1U);
+}
+
+TEST_P(KRUndoTest, ARunThatGoesOnIsNotUndone) {
+  const KRUndoRecorder recorder("change");
+  change();
+  const auto held = KRUndoRecords::hold(runs().front());
+  ASSERT_FALSE(held);
+  EXPECT_EQ(held.error().code, KRErrorCode::Busy);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, KRUndoTest,
+                         testing::Values(Kind{"File", fileBook}, Kind{"Folder", folderBook},
+                                         Kind{"Library", libraryBook}),
+                         [](const auto& info) { return info.param.name; });
+
+}  // namespace

@@ -1,0 +1,34 @@
+#include "contacts/vcard/KRVCardIdentity.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr std::string_view kCard = "BEGIN:VCARD\nN:;Ann;;;\nNOTE:Likes tea\nEND:VCARD";
+
+}  // namespace
+
+TEST(KRVCardIdentity, IsTheSameInEveryProcess) {
+  EXPECT_EQ(krCardIdentity(kCard), krCardIdentity(kCard));
+  EXPECT_EQ(krCardIdentity(kCard).size(), 32U);
+  EXPECT_EQ(krCardIdentity(kCard).view(), "191f4c2690cb89588a8f842b9a4ba83f");
+}
+
+TEST(KRVCardIdentity, IgnoresLineEndsFoldsAndEmptyLines) {
+  for (const std::string_view same : {"BEGIN:VCARD\r\nN:;Ann;;;\r\nNOTE:Likes tea\r\nEND:VCARD\r\n",
+                                      "BEGIN:VCARD\nN:;An\n n;;;\nNOTE:Likes\n  tea\nEND:VCARD",
+                                      "BEGIN:VCARD\rN:;Ann;;;\rNOTE:Likes tea\rEND:VCARD\r",
+                                      "BEGIN:VCARD\n\nN:;Ann;;;\n\n\nNOTE:Likes tea\n\nEND:VCARD\n\n",
+                                      "\r\nBEGIN:VCARD\r\nN:;Ann;;;\r\nNOTE:Likes tea\r\n\nEND:VCARD"}) {
+    EXPECT_EQ(krCardIdentity(same), krCardIdentity(kCard)) << same;
+  }
+}
+
+TEST(KRVCardIdentity, TellsTextsApart) {
+  for (const std::string_view other :
+       {"BEGIN:VCARD\nN:;Anne;;;\nNOTE:Likes tea\nEND:VCARD", "BEGIN:VCARD\nNOTE:Likes tea\nN:;Ann;;;\nEND:VCARD",
+        "BEGIN:VCARD\nN:;Ann;;;\nNOTE:Likes  tea\nEND:VCARD", "BEGIN:VCARD\nn:;Ann;;;\nNOTE:Likes tea\nEND:VCARD",
+        ""}) {
+    EXPECT_NE(krCardIdentity(other), krCardIdentity(kCard)) << other;
+  }
+}

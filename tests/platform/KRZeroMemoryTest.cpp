@@ -1,0 +1,48 @@
+#include "platform/KRZeroMemory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+bool isZero(const KRZeroMemory& memory) {
+  const auto* bytes = static_cast<const unsigned char*>(memory.data());
+  return std::all_of(bytes, bytes + memory.size(), [](unsigned char byte) { return byte == 0; });
+}
+
+TEST(KRZeroMemory, BeginsAsZerosInEverySize) {
+  for (const size_t size :
+       {size_t{1}, size_t{4096}, (size_t{4} << 20U) - 1, size_t{4} << 20U, (size_t{9} << 20U) + 5}) {
+    // Twice, so that memory that was used before comes back.
+    for (int round = 0; round < 2; ++round) {
+      const KRZeroMemory memory(size);
+      ASSERT_NE(memory.data(), nullptr);
+      EXPECT_EQ(memory.size(), size);
+      EXPECT_TRUE(isZero(memory)) << size;
+      std::fill_n(static_cast<unsigned char*>(memory.data()), size, static_cast<unsigned char>(0xFF));
+    }
+  }
+}
+
+TEST(KRZeroMemory, HasNoneWithoutASize) {
+  EXPECT_EQ(KRZeroMemory().data(), nullptr);
+  EXPECT_EQ(KRZeroMemory(0).data(), nullptr);
+  EXPECT_EQ(KRZeroMemory().size(), 0U);
+}
+
+TEST(KRZeroMemory, MovesWithItsContent) {
+  KRZeroMemory memory(100);
+  static_cast<char*>(memory.data())[99] = 'x';
+  const void* place = memory.data();
+  KRZeroMemory other(std::move(memory));
+  EXPECT_EQ(other.data(), place);
+  KRZeroMemory third(7);
+  third = std::move(other);
+  EXPECT_EQ(third.data(), place);
+  EXPECT_EQ(third.size(), 100U);
+  EXPECT_EQ(static_cast<const char*>(third.data())[99], 'x');
+}
+
+}  // namespace
