@@ -11,10 +11,9 @@
 #include <filesystem>
 #include <string>
 
+#include "bench/BenchFind.h"
 #include "contacts/vcard/KRVCardBook.h"
 #include "issues/KRIssueContext.h"
-#include "issues/KRIssueFindControl.h"
-#include "issues/KRIssueFindControlDelegate.h"
 #include "issues/KRIssueFindResult.h"
 #include "issues/KRIssueManager.h"
 #include "platform/KRPreferencesOverlay.h"
@@ -32,22 +31,6 @@ KRRef<KRVCardBook> open(const std::string& path, benchmark::State& state) {
   if (book) return book.value();
   state.SkipWithError(book.error().sentence.c_str());
   return {};
-}
-
-class Listener : public KRIssueFindControlDelegate {
- public:
-  void KRIssueFindControlDelegate_FindEnd(const KRRef<KRIssueFindResult>& found, KRIssueFindControl&) override {
-    result = found;
-  }
-  KRRef<KRIssueFindResult> result;
-};
-
-KRRef<KRIssueFindResult> find(const KRRef<KRVCardBook>& book) {
-  const auto listener = std::make_shared<Listener>();
-  const auto control = KRIssueFindControl::initWithAddressBook(book);
-  control->setDelegate(listener);
-  control->findThreed();
-  return listener->result;
 }
 
 void openFile(benchmark::State& state, const std::string& path) {
@@ -73,7 +56,7 @@ void wholeFind(benchmark::State& state, const std::string& path) {
   size_t findings = 0;
   double perContact = 0;
   for ([[maybe_unused]] auto _ : state) {
-    const auto result = find(book);
+    const auto result = krBenchFind(book);
     perContact = static_cast<double>(allocatedBytes() - before) / contacts;
     findings = 0;
     for (const KRIssueContext& context : result->contexts()) findings += context.objects().count();

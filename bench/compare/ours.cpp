@@ -1,0 +1,273 @@
+// What the comparison measures of this system: one task a process, the result as one JSON object on standard output.
+//
+//     kr_compare load|scan|groups|fix|delete|export FILE.vcf
+//     kr_compare table|persons|contract FILE.csv
+//
+// Times are seconds on the wall clock, taken around the work alone; memory is what the process holds, in bytes.
+// Nobody's own preferences and trash are read or written: the folder of the environment's XDG_DATA_HOME is used up.
+
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+#include "app/BookExport.h"
+#include "bench/BenchCards.h"
+#include "bench/BenchFind.h"
+#include "contacts/KRTrashAddressBook.h"
+#include "contacts/model/KRSaveScope.h"
+#include "contacts/vcard/KRVCardBook.h"
+#include "handles/KRIssueHandle.h"
+#include "import/KRCSVReading.h"
+#include "import/KRCSVSplitter.h"
+#include "import/KRCSVText.h"
+#include "import/KRPersonCSVLoad.h"
+#include "issues/KRIssue.h"
+#include "issues/KRIssueContext.h"
+#include "issues/KRIssueFind.h"
+#include "issues/KRIssueFindResult.h"
+#include "issues/KRIssueManager.h"
+#include "issues/KRIssueNames.h"
+#include "issues/KRIssueObject.h"
+#include "platform/KRFile.h"
+#include "platform/KRPreferencesOverlay.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+[[noreturn]] void fail(const std::string& sentence) {
+  std::cerr << "kr_compare: " << sentence << '\n';
+  std::exit(2);
+}
+
+class Stopwatch {
+ public:
+  double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+KRRef<KRVCardBook> open(const std::string& path) {
+  auto book = KRVCardBook::open(std::string_view(path));
+  if (!book) fail(book.error().sentence);
+  return book.value();
+}
+
+/// Reads names, phones, e-mails and addresses of all persons once, as the peers do.
+Json readAll(KRVCardBook& book) {
+  size_t chars = 0;
+  std::map<KROrdinal, size_t> counts;
+  KRHold hold;
+  for (const IKRPerson& person : book.allPersons()) {
+    const KRNameView name = person.readName(hold);
+    chars += name.first.view().size() + name.last.view().size() + person.displayName().view().size();
+    for (const KROrdinal property : {KROrdinal::Phone, KROrdinal::Email, KROrdinal::Address}) {
+      person.readEntries(property, hold, [&](const KREntryView& entry) {
+        ++counts[property];
+        chars += entry.text.view().size();
+        return true;
+      });
+    }
+  }
+  return {{"chars", chars},
+          {"phones", counts[KROrdinal::Phone]},
+          {"emails", counts[KROrdinal::Email]},
+          {"addresses", counts[KROrdinal::Address]}};
+}
+
+Json load(const std::string& path) {
+  const size_t before = krResidentBytes();
+  const Stopwatch watch;
+  const auto book = open(path);
+  const double loaded = watch.seconds();
+  Json values = readAll(*book);
+  const double seconds = watch.seconds();
+  Json result = {{"seconds", seconds},
+                 {"load_seconds", loaded},
+                 {"bytes", std::filesystem::file_size(path)},
+                 {"contacts", book->allPersonsCount()},
+                 {"resident", krResidentBytes() - before}};
+  result.update(values);
+  return result;
+}
+
+size_t findingsOf(KRIssueFindResult& result) {
+  size_t count = 0;
+  for (const KRIssueContext& context : result.contexts()) count += context.objects().count();
+  return count;
+}
+
+Json scan(const std::string& path) {
+  const size_t before = krResidentBytes();
+  const auto book = open(path);
+  const Stopwatch watch;
+  const auto result = krBenchFind(book);
+  const double seconds = watch.seconds();
+  return {{"seconds", seconds},
+          {"contacts", book->allPersonsCount()},
+          {"findings", findingsOf(*result)},
+          {"resident", krResidentBytes() - before}};
+}
+
+/// A grouping is the work of one detector or of several.
+struct Grouping {
+  const char* name;
+  std::vector<KRString> issues;
+};
+
+Json groups(const std::string& path) {
+  const std::vector<Grouping> kGroupings = {
+      {"same_name", {KRIssueDuplicateNames}},
+      {"shared_phone", {KRIssuePhonesDuplicatedAmongMultipleContacts}},
+      {"shared_email", {KRIssueEmailsDuplicatedAmongMultipleContacts}},
+      {"exact", {KRIssueDuplicateInfo}},
+      {"in_contact", {KRIssueDuplicatePhoneNumber, KRIssueDuplicateEmailAddress, KRIssueDuplicateAddress}},
+  };
+  const auto book = open(path);
+  const KRPersonList& persons = book->allPersons();
+  Json result = {{"contacts", book->allPersonsCount()}};
+  double all = 0;
+  std::vector<KRRef<KRIssueContext>> kept;
+  for (const Grouping& grouping : kGroupings) {
+    size_t findings = 0;
+    const Stopwatch watch;
+    for (const KRString& name : grouping.issues) {
+      const auto issue = krMake<KRIssue>(name, ""_kr);
+      kept.push_back(KRIssueFind::issueFindWithIssue(issue.get())->find(&persons, [](double) {}));
+      if (kept.back()) findings += kept.back()->objects().count();
+    }
+    const double seconds = watch.seconds();
+    all += seconds;
+    result[std::string(grouping.name) + "_seconds"] = seconds;
+    result["found"][grouping.name] = findings;
+  }
+  result["seconds"] = all;
+  return result;
+}
+
+/// Sets a handle of that name on all findings of an issue, or of all issues when it is nothing, and fixes them.
+size_t fixAll(KRIssueFindResult& result, const KRString& issueName, const KRString& handleName) {
+  const auto handle = KRIssueHandle::issueHandleWithName(handleName);
+  size_t count = 0;
+  for (const KRRef<KRIssueContext>& context : result.contexts().copy()) {
+    if (!issueName.isNothing() && context->issue()->name() != issueName) continue;
+    count += context->objects().count();
+    for (KRIssueObject& finding : context->objects()) finding.setHandle(handle);
+    context->fixAllForProgress([](double) {});
+  }
+  return count;
+}
+
+/// The time to find, and that to fix what was found, without the save.
+Json fix(const std::string& path, const KRString& issueName, const KRString& handleName) {
+  const auto book = open(path);
+  const Stopwatch finding;
+  const auto result = krBenchFind(book);
+  const double found = finding.seconds();
+  const Stopwatch fixing;
+  KRSaveScope scope;
+  const size_t count = fixAll(*result, issueName, handleName);
+  const double seconds = fixing.seconds();
+  return {{"seconds", seconds}, {"find_seconds", found}, {"contacts", book->allPersonsCount()}, {"findings", count}};
+}
+
+Json exportBook(const std::string& path) {
+  const auto book = open(path);
+  const std::string target = std::string(std::getenv("XDG_DATA_HOME")) + "/export.vcf";
+  const Stopwatch watch;
+  std::string text;
+  BookExport::write(
+      *book, PersonFilter(), std::nullopt, [&](std::string_view piece) { text += piece; },
+      [](const IKRPerson&, const std::string&) {}, [](double) {});
+  if (const auto written = KRFile::write(std::string_view(target), text); !written) fail(written.error().sentence);
+  const double seconds = watch.seconds();
+  return {{"seconds", seconds}, {"contacts", book->allPersonsCount()}, {"bytes", text.size()}};
+}
+
+/// The rows kept in memory, as the peers keep them: a text for each cell, which is a slice of what was read.
+Json table(const std::string& path) {
+  const size_t before = krResidentBytes();
+  const Stopwatch watch;
+  const auto text = KRCSVText::read(std::string_view(path));
+  if (!text) fail(text.error().sentence);
+  std::vector<KRString> cells;
+  size_t rows = 0;
+  KRCSVSplitter splitter(KRCSVMarks(), [&](const KRCSVRow& row) {
+    for (size_t i = 0; i < row.count(); ++i) cells.push_back(row.text(i));
+    ++rows;
+    return true;
+  });
+  splitter.feed(text.value().view());
+  splitter.finish();
+  const double seconds = watch.seconds();
+  return {{"seconds", seconds},
+          {"bytes", std::filesystem::file_size(path)},
+          {"contacts", rows - 1},
+          {"cells", cells.size()},
+          {"resident", krResidentBytes() - before}};
+}
+
+class Counter : public KRPersonLoadDelegate {
+ public:
+  void KRPersonLoadDelegate_progress(double, const KRRef<IKRPerson>&, KRPersonLoad&) override { ++count; }
+  size_t count = 0;
+};
+
+Json persons(const std::string& path) {
+  const Stopwatch watch;
+  auto reading = KRCSVReading::open(std::string_view(path), KRCSVDialect::rfc4180());
+  if (!reading) fail(reading.error().sentence);
+  size_t count = 0;
+  reading.value().persons(
+      [&](const KRRef<KRTempPerson>&, size_t) {
+        ++count;
+        return true;
+      },
+      {});
+  const double seconds = watch.seconds();
+  return {{"seconds", seconds}, {"bytes", std::filesystem::file_size(path)}, {"contacts", count}};
+}
+
+Json contract(const std::string& path) {
+  const Stopwatch watch;
+  const auto counter = std::make_shared<Counter>();
+  const auto loader = KRPersonCSVLoad::initWithFile(KRString(path));
+  loader->setDelegate(counter);
+  loader->loadThreed();
+  const double seconds = watch.seconds();
+  return {{"seconds", seconds}, {"bytes", std::filesystem::file_size(path)}, {"contacts", counter->count}};
+}
+
+Json run(std::string_view task, const std::string& path) {
+  if (task == "load") return load(path);
+  if (task == "scan") return scan(path);
+  if (task == "groups") return groups(path);
+  if (task == "fix") return fix(path, KRString(), KRHandleNameIgnore);
+  if (task == "delete") return fix(path, KRIssueDuplicateInfo, KRHandleNameDeleteDuplicatePerson);
+  if (task == "export") return exportBook(path);
+  if (task == "table") return table(path);
+  if (task == "persons") return persons(path);
+  if (task == "contract") return contract(path);
+  fail("no such task: " + std::string(task));
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count != 3) fail("usage: kr_compare TASK FILE");
+  if (std::getenv("XDG_DATA_HOME") == nullptr) fail("XDG_DATA_HOME must name a folder that may be filled");
+  KRPreferences::setStandard(krMake<KRPreferencesOverlay>(KRRef<KRPreferences>()));
+  std::cout << run(words[1], words[2]).dump() << std::endl;
+  // Letting go of a million contacts is not what is measured.
+  std::_Exit(0);
+}
