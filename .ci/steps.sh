@@ -48,10 +48,11 @@ sources() { git ls-files '*.cpp' '*.h'; }
 
 format() { sources | xargs clang-format --dry-run -Werror; }
 
-# The second compiler's build folder is the linter's: it holds the flags and the precompiled headers that it understands.
+# lint FOLDERS: clang-tidy on the sources of the folders, a pattern such as "app|tests". The second compiler's build folder
+# is the linter's: it holds the flags and the precompiled headers that it understands.
 lint() {
   local -a files
-  mapfile -t files < <(sources | grep -E '^(platform|contacts|issues|detectors|handles|import|app|tests|fuzz|bench)/.*\.cpp$')
+  mapfile -t files < <(sources | grep -E "^($1)/.*\.cpp\$")
   ((${#files[@]} > 0))
   files=("${files[@]/#/^$KR_ROOT/}")
   run-clang-tidy -quiet -p build/asan-ubsan -j "$KR_JOBS" "${files[@]/%/\$}"

@@ -8,3 +8,13 @@ if(KR_BENCH_SOURCES AND NOT KR_FUZZ)
   target_link_libraries(kr_bench PRIVATE KRAddressBookManagerSDK benchmark::benchmark benchmark::benchmark_main)
   target_compile_definitions(kr_bench PRIVATE "KR_SOURCE_DIR=\"${PROJECT_SOURCE_DIR}\"")
 endif()
+
+# Our side of bench/compare; built when that is run.
+if(TARGET krcontacts AND NOT KR_FUZZ)
+  set(KR_COMPARED_SOURCES ${KR_APP_SOURCES})
+  list(FILTER KR_COMPARED_SOURCES EXCLUDE REGEX "/main\\.cpp$")
+  add_executable(kr_compare EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/bench/compare/ours.cpp" ${KR_COMPARED_SOURCES})
+  kr_compile_options(kr_compare)
+  target_link_libraries(kr_compare PRIVATE KRAddressBookManagerSDK CLI11::CLI11 nlohmann_json::nlohmann_json
+                                           Threads::Threads)
+endif()
