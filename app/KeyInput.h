@@ -9,8 +9,8 @@
 /// turns Ctrl-C into a signal; in between it is as it was, so that other programs can use it.
 class KeyInput {
  public:
-  /// What one press of a key sends: a byte, the sequence of an arrow key; nothing at the end of the input. The prompt is
-  /// written once the terminal waits for keys, so that who answers it at once, with Ctrl-C too, is understood.
+  /// What one press of a key sends: a byte, the sequence of an arrow key; nothing at the end of the input. The prompt
+  /// is written once the terminal waits for keys, so that who answers it at once, with Ctrl-C too, is understood.
   std::optional<std::string> read(Output& out, const std::string& prompt);
 
  private:
