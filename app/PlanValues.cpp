@@ -196,11 +196,11 @@ nlohmann::ordered_json PlanValues::of(const IKRPerson& person, const std::vector
 std::string PlanValues::check(const nlohmann::json& values) {
   if (!values.is_object()) return "an object is expected";
   for (const auto& [name, value] : values.items()) {
-    const std::string called = "\"" + fittedText(shownText(name), 100) + "\"";
+    std::string sentence = "\"" + fittedText(shownText(name), 100) + "\"";
     const KRProperty* property = KRProperty::propertyWithName(std::string_view(name));
-    if (property == nullptr) return called + " is no property";
+    if (property == nullptr) return sentence.append(" is no property");
     const std::string wrong = checkForm(value, formOf(*property));
-    if (!wrong.empty()) return called + ": " + wrong;
+    if (!wrong.empty()) return sentence.append(": ").append(wrong);
   }
   return {};
 }
