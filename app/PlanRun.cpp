@@ -93,7 +93,7 @@ KRRef<KRIssueObject> PlanRun::findingOf(const Plan::Fix& fix, const std::vector<
     const bool listsAll = std::all_of(persons.begin(), persons.end(),
                                       [&](const auto& person) { return finding->listsPerson(person.get()); });
     if (!listsAll || used_.count(finding.get()) != 0) continue;
-    const auto own = krMake<KRIssueObject>();
+    auto own = krMake<KRIssueObject>();
     own->setInfo(finding->info());
     own->setDescribe(finding->describe());
     own->setPersons(KRPersonArray(persons));

@@ -18,7 +18,6 @@ void krAppendContacts(const KRVCardFile& file, KRStoreKey key, std::vector<KRSto
     if (card.kind == Kind::Contact) persons.push_back({card.person, key});
   }
 }
-#include "contacts/undo/KRUndoMark.h"
 
 uint64_t krContentMark(std::string_view bytes) noexcept {
   return krUndoMark(bytes);
