@@ -5,9 +5,12 @@
 /// steps ahead let their ways there overlap.
 inline void krPrefetch(const void* address) noexcept {
   __builtin_prefetch(address);
+  // GCC takes a function that does nothing but this for one without any effect, and leaves out the calls to it.
+  __asm__ volatile("" : : "r"(address));
 }
 
 /// The same for memory that is written soon, such as a count of references.
 inline void krPrefetchToWrite(const void* address) noexcept {
   __builtin_prefetch(address, 1);
+  __asm__ volatile("" : : "r"(address));
 }
