@@ -276,6 +276,12 @@ KRString ABPerson::showNameChineesPinyin() const {
   return krMandarinLatinUpper(showName());
 }
 
+bool ABPerson::isOrganization() const {
+  // Nearly all records are persons' and say nothing.
+  if (!record_.has(KROrdinal::IsOrganization) && !isStored(KROrdinal::IsOrganization)) return false;
+  return IKRPerson::isOrganization();
+}
+
 KRText ABPerson::readText(KROrdinal property, KRHold& hold) const {
   if (isStored(property)) return IKRPerson::readText(property, hold);
   const KRCardRow* place = record_.find(row(property));

@@ -69,6 +69,7 @@ class ABPerson : public IKRPerson {
   KRString ID() const override;
   KRString addressBookID() const override;
   KRString displayName() const override;
+  bool isOrganization() const override;
   using IKRPerson::setValue;
   KRRef<KRStoredValue> valueByPropertyName(const KRString& name) const override;
   void setValue(KRRef<KRStoredValue> value, const KRString& byPropertyName) override;
@@ -84,6 +85,8 @@ class ABPerson : public IKRPerson {
   KRText readCompanyName(KRHold& hold) const override { return readText(KROrdinal::Company, hold); }
   bool readsWhole(KROrdinal property) const override { return !isStored(property); }
   void prefetch() const noexcept override { record_.prefetch(); }
+  void prefetchPlaces(KROrdinal property) const noexcept override { record_.prefetchRow(property); }
+  void prefetchValue(KROrdinal property) const noexcept override { record_.prefetchText(property); }
 
   KRRef<KRData> thumbnail() const override { return imageData(); }
   /// A picture that stands in the card is decoded on every call and not kept.

@@ -100,6 +100,10 @@ class IKRPerson : public KRObject {
   /// Asks the processor for the memory that reading takes, some persons before this one is read. Says and changes
   /// nothing; does nothing by default.
   virtual void prefetch() const noexcept {}
+  /// The same for one property alone, in two steps with some persons between them: where its values stand, then the
+  /// first value itself. A person that lacks the property asks for nothing.
+  virtual void prefetchPlaces(KROrdinal /*property*/) const noexcept {}
+  virtual void prefetchValue(KROrdinal /*property*/) const noexcept {}
 
   // The system record interface, answered by every person.
 

@@ -86,8 +86,18 @@ class KRCardRecord {
   /// Whether there is a row of that number (below 32). Constant time.
   bool has(uint8_t what) const noexcept { return (present_ >> what & 1U) != 0; }
   bool has(KRCardPart what) const noexcept { return has(static_cast<uint8_t>(what)); }
+  /// Whether there is any row of the property: of a part of it, for the name.
+  bool has(KROrdinal property) const noexcept {
+    constexpr uint32_t kName = 1U << static_cast<uint8_t>(KRCardPart::FirstName) |
+                               1U << static_cast<uint8_t>(KRCardPart::MiddleName) |
+                               1U << static_cast<uint8_t>(KRCardPart::LastName);
+    return property == KROrdinal::Name ? (present_ & kName) != 0 : has(static_cast<uint8_t>(property));
+  }
   /// The first row of that number, or null; the others follow it, between them the details of each.
-  const KRCardRow* find(uint8_t what) const noexcept;
+  const KRCardRow* find(uint8_t what) const noexcept {
+    if (!has(what)) return nullptr;
+    return what < kKROrdinalCount ? firstOf(what) : firstOfPart(what);
+  }
   const KRCardRow* find(KRCardPart what) const noexcept { return find(static_cast<uint8_t>(what)); }
 
   /// Asks the processor for the rows and what stands right behind them.
@@ -96,6 +106,18 @@ class KRCardRecord {
     constexpr size_t kLine = 64;
     constexpr size_t kLines = 6;
     for (size_t i = 0; i < kLines; ++i) krPrefetch(bytes() + i * kLine);
+  }
+  /// The same for the first row of a property alone; when that has come, for its text.
+  void prefetchRow(KROrdinal property) const noexcept {
+    if (!has(property)) return;
+    krPrefetch(property == KROrdinal::Name ? rows().data() + rowCount_ - 1
+                                           : rows().data() + rowsBefore(static_cast<uint8_t>(property)));
+  }
+  void prefetchText(KROrdinal property) const noexcept {
+    if (!has(property)) return;
+    const KRCardRow* row =
+        property == KROrdinal::Name ? rows().data() + rowCount_ - 1 : find(static_cast<uint8_t>(property));
+    krPrefetch(bytes() + row->offset);
   }
   /// The text of a row, as a view that is valid as long as the block lives.
   KRText view(const KRCardRow& row) const noexcept { return {bytes() + row.offset, row.size}; }
@@ -115,6 +137,28 @@ class KRCardRecord {
     std::swap(decodedSize_, other.decodedSize_);
     std::swap(cardSize_, other.cardSize_);
     std::swap(present_, other.present_);
+  }
+  /// How many bits are set. Written out, since the plainest processors have no instruction for it, and a call costs
+  /// more.
+  static constexpr uint32_t bitsIn(uint32_t bits) noexcept {
+    bits -= bits >> 1U & 0x55555555U;
+    bits = (bits & 0x33333333U) + (bits >> 2U & 0x33333333U);
+    return ((bits + (bits >> 4U)) & 0x0F0F0F0FU) * 0x01010101U >> 24U;
+  }
+  /// How many rows stand before those of a number at the least: one for each lower number.
+  uint32_t rowsBefore(uint8_t what) const noexcept { return bitsIn(present_ & ((1U << what) - 1U)); }
+  const KRCardRow* firstOf(uint8_t what) const noexcept {
+    const KRCardRow* row = rows().data() + rowsBefore(what);
+    while (row->what != what) ++row;
+    return row;
+  }
+  /// Parts are the last rows, and few.
+  const KRCardRow* firstOfPart(uint8_t what) const noexcept {
+    const KRCardRow* first = rows().data();
+    const KRCardRow* row = first + rowCount_ - 1;
+    while (row->what != what) --row;
+    while (row != first && row[-1].what == what) --row;
+    return row;
   }
   const char* bytes() const noexcept { return slab_ == nullptr ? nullptr : slab_->bytes() + offset_; }
 
