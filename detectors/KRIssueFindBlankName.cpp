@@ -14,11 +14,13 @@ bool isBlank(const IKRPerson& person, KRHold& hold) {
 }  // namespace
 
 KRRef<KRIssueContext> KRIssueFindBlankName::find(const KRPersonList* persons, const KRProgress& progress) {
-  return krScanSinglePersons(issue(), persons, progress,
-                             [this](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
-                               if (!isBlank(person, hold)) return {};
-                               return objectForPerson(&person);
-                             });
+  return krScanSinglePersons(
+      issue(), persons, progress,
+      [this](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
+        if (!isBlank(person, hold)) return {};
+        return objectForPerson(&person);
+      },
+      KROrdinal::Name);
 }
 
 KRRef<KRIssueObject> KRIssueFindBlankName::objectForPerson(IKRPerson* person) const {

@@ -3,13 +3,15 @@
 #include "detectors/KRSinglePersonScan.h"
 
 KRRef<KRIssueContext> KRIssueFindCompanyNoTitle::find(const KRPersonList* persons, const KRProgress& progress) {
-  return krScanSinglePersons(issue(), persons, progress,
-                             [this](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
-                               if (person.isOrganization()) return {};
-                               if (companyNameForPerson(&person).isNothing()) return {};
-                               if (!person.readText(KROrdinal::JobTitle, hold).isEmpty()) return {};
-                               return objectForPerson(&person);
-                             });
+  return krScanSinglePersons(
+      issue(), persons, progress,
+      [this](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
+        if (person.isOrganization()) return {};
+        if (person.readCompanyName(hold).isEmpty()) return {};
+        if (!person.readText(KROrdinal::JobTitle, hold).isEmpty()) return {};
+        return objectForPerson(&person);
+      },
+      KROrdinal::Company);
 }
 
 KRRef<KRIssueObject> KRIssueFindCompanyNoTitle::objectForPerson(IKRPerson* person) const {

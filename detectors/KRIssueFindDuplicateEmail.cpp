@@ -5,17 +5,20 @@
 
 KRRef<KRIssueContext> KRIssueFindDuplicateEmail::find(const KRPersonList* persons, const KRProgress& progress) {
   KRSeenValues<KRText> seen;
-  return krScanSinglePersons(issue(), persons, progress, [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
-    bool isRepeated = false;
-    seen.empty();
-    person.readEntries(KROrdinal::Email, hold, [&](const KREntryView& entry) {
-      if (entry.text.isNothing()) return true;
-      isRepeated = seen.placeOrAdd(entry.text) != KRSeenValues<KRText>::kNew;
-      return !isRepeated;
-    });
-    if (!isRepeated) return {};
-    return objectForPerson(&person);
-  });
+  return krScanSinglePersons(
+      issue(), persons, progress,
+      [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
+        bool isRepeated = false;
+        seen.empty();
+        person.readEntries(KROrdinal::Email, hold, [&](const KREntryView& entry) {
+          if (entry.text.isNothing()) return true;
+          isRepeated = seen.placeOrAdd(entry.text) != KRSeenValues<KRText>::kNew;
+          return !isRepeated;
+        });
+        if (!isRepeated) return {};
+        return objectForPerson(&person);
+      },
+      KROrdinal::Email);
 }
 
 KRRef<KRIssueObject> KRIssueFindDuplicateEmail::objectForPerson(IKRPerson* person) const {

@@ -69,7 +69,7 @@ KRRef<KRIssueContext> KRIssueFindInvalidCharset::find(const KRPersonList* person
         if (emails.empty() && phones.empty()) return {};
         return krFindingAboutPerson(&person, describeString(phones, emails), KRValue(infoOf(phones, emails)));
       },
-      KRScanCount::FromOne);
+      std::nullopt, KRScanCount::FromOne);
 }
 
 KRRef<KRIssueObject> KRIssueFindInvalidCharset::objectForPerson(IKRPerson* person) const {

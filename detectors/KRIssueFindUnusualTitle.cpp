@@ -8,12 +8,15 @@
 KRRef<KRIssueContext> KRIssueFindUnusualTitle::find(const KRPersonList* persons, const KRProgress& progress) {
   const KRStringList items = KRNameConstraintManager::ShareNameConstrainManager().prefixItemArray();
   const std::unordered_set<KRText, KRTextHash, KRTextEqual> allowed(items.begin(), items.end());
-  return krScanSinglePersons(issue(), persons, progress, [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
-    if (person.isOrganization()) return {};
-    const KRText title = person.readText(KROrdinal::Title, hold);
-    if (title.isEmpty() || allowed.contains(title)) return {};
-    return objectForPerson(&person, KRString(title));
-  });
+  return krScanSinglePersons(
+      issue(), persons, progress,
+      [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
+        if (person.isOrganization()) return {};
+        const KRText title = person.readText(KROrdinal::Title, hold);
+        if (title.isEmpty() || allowed.contains(title)) return {};
+        return objectForPerson(&person, KRString(title));
+      },
+      KROrdinal::Title);
 }
 
 KRRef<KRIssueObject> KRIssueFindUnusualTitle::objectForPerson(IKRPerson* person, const KRString& title) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 
 #include "contacts/model/IKRPerson.h"
 #include "platform/KRPrefetch.h"
@@ -11,17 +12,27 @@
 class KRPersonAhead {
  public:
   explicit KRPersonAhead(const KRPersonList& persons) noexcept : persons_(persons) {}
+  /// For a walk that reads records only where they hold the property.
+  KRPersonAhead(const KRPersonList& persons, std::optional<KROrdinal> property) noexcept
+      : persons_(persons), property_(property) {}
 
   /// To be called before the person at that place is read.
   void reach(size_t place) const {
     const size_t count = persons_.count();
     if (place + kFar < count) krPrefetch(persons_.at(place + kFar));
-    if (place + kNear < count) persons_.at(place + kNear)->prefetch();
+    if (!property_) {
+      if (place + kNear < count) persons_.at(place + kNear)->prefetch();
+      return;
+    }
+    if (place + kNear < count) persons_.at(place + kNear)->prefetchPlaces(*property_);
+    if (place + kNext < count) persons_.at(place + kNext)->prefetchValue(*property_);
   }
 
  private:
-  static constexpr size_t kNear = 6;
-  static constexpr size_t kFar = 12;
+  static constexpr size_t kNext = 4;
+  static constexpr size_t kNear = 8;
+  static constexpr size_t kFar = 16;
 
   const KRPersonList& persons_;
+  std::optional<KROrdinal> property_;
 };

@@ -109,11 +109,6 @@ const KRCardRecord* wholeRecord(const IKRPerson& person) {
   return record.isChanged() ? nullptr : &record.record();
 }
 
-bool mayHold(const KRCardRecord& record, KROrdinal property) {
-  if (property != KROrdinal::Name) return record.has(static_cast<uint8_t>(property));
-  return record.has(KRCardPart::FirstName) || record.has(KRCardPart::MiddleName) || record.has(KRCardPart::LastName);
-}
-
 }  // namespace
 
 void krAppendEntry(std::string& to, const KRMutableSingleValue& entry, const KRProperty& property) {
@@ -161,7 +156,7 @@ void krAppendPersonKey(std::string& to, const IKRPerson& person, KRText digest, 
   for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
     if (property->ordinal() == KROrdinal::Thumbnail) continue;
     // Most persons hold few properties: those that are not there are passed over in one step each.
-    if (record == nullptr || mayHold(*record, property->ordinal())) krAppendProperty(to, person, *property, hold);
+    if (record == nullptr || record->has(property->ordinal())) krAppendProperty(to, person, *property, hold);
   }
   to.append(digest.view());
   if (person.isOrganization()) to.append(":OrgString##");

@@ -37,7 +37,7 @@ void KRSharedValues::collect(const KRPersonList& persons, const KRProgress& prog
   groups_.reserve(persons.count() * 2);
   keys_.reserve(persons.count() * 2);
   block_.reserve(kBlock);
-  const KRPersonAhead ahead(persons);
+  const KRPersonAhead ahead(persons, property_);
   for (uint32_t i = 0; i < persons.count(); ++i) {
     ahead.reach(i);
     const IKRPerson& person = *persons.at(i);

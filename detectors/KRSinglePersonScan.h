@@ -30,15 +30,17 @@ enum class KRScanCount : uint8_t {
 /// reports the progress after each person, whatever came of it. Answers the context, or nothing when it holds no
 /// finding; no list and an empty one have none.
 ///
-/// What `examine` reads through the hold is kept until the next person, so persons without findings cost no objects.
+/// `property` is the one without which a person has nothing to look at, where there is such a property. What `examine`
+/// reads through the hold is kept until the next person, so persons without findings cost no objects.
 /// The number of persons is read again for every progress value.
 template <class Examine>
 KRRef<KRIssueContext> krScanSinglePersons(const KRRef<KRIssue>& issue, const KRPersonList* persons,
                                           const KRProgress& progress, Examine examine,
+                                          std::optional<KROrdinal> property = std::nullopt,
                                           KRScanCount counted = KRScanCount::FromZero) {
   if (persons == nullptr || persons->isEmpty()) return {};
   auto context = krMake<KRIssueContext>(issue);
-  const KRPersonAhead ahead(*persons);
+  const KRPersonAhead ahead(*persons, property);
   KRHold hold;
   for (size_t i = 0; i < persons->count(); ++i) {
     ahead.reach(i);
