@@ -6,11 +6,16 @@
 
 #include "contacts/model/KRObjectInstantMessage.h"
 #include "contacts/model/KRObjectPersonName.h"
+#include "detectors/KRLikelyEqual.h"
 #include "detectors/KRPersonGroups.h"
 #include "detectors/KRPersonKey.h"
 #include "platform/KRDigest.h"
 
 namespace {
+
+/// So much of a key holds the name and some of what follows.
+constexpr size_t kKeyStart = 56;
+constexpr size_t kAhead = 6;
 
 /// A group with the place of its second person, by which groups are ordered.
 struct Found {
@@ -65,6 +70,40 @@ class ImageGroups {
   KRRef<KRData> image_;
 };
 
+/// The places of the persons whose keys begin alike: few, since keys begin with the name.
+std::vector<uint32_t> likelyEqual(const KRPersonList& persons, const KRProgress& progress) {
+  KRLikelyEqual likely(persons.count());
+  const KRPersonAhead ahead(persons);
+  KRHold hold;
+  std::string start;
+  for (uint32_t i = 0; i < persons.count(); ++i) {
+    progress(krPercent(i, persons.count()));
+    ahead.reach(i);
+    hold.empty();
+    start.clear();
+    krAppendPersonKeyStart(start, *persons.at(i), kKeyStart, hold);
+    likely.add(i, KRText(std::string_view(start)).hash());
+  }
+  return likely.places();
+}
+
+/// The persons at those places by their whole keys, but for the images: they need to be decoded only where everything
+/// else is equal.
+KRPersonGroups groupByKey(const KRPersonList& persons, const std::vector<uint32_t>& places) {
+  const auto writeKey = [](const IKRPerson& person, KRHold& hold, std::string& key) {
+    krAppendPersonKey(key, person, {}, hold);
+    return true;
+  };
+  KRPersonGrouping<decltype(writeKey)> grouping(persons, writeKey);
+  grouping.reserve(places.size());
+  for (size_t i = 0; i < places.size(); ++i) {
+    if (i + 2 * kAhead < places.size()) krPrefetch(persons.at(places[i + 2 * kAhead]));
+    if (i + kAhead < places.size()) persons.at(places[i + kAhead])->prefetch();
+    grouping.take(places[i]);
+  }
+  return grouping.finish();
+}
+
 bool equalValues(const KRValue& a, const KRValue& b, const KRProperty& property) {
   return property.valueType() == KRValueType::Text ? sameText(a.text(), b.text()) : a.isEqual(b);
 }
@@ -94,12 +133,7 @@ KRRef<KRIssueContext> KRIssueFindDuplicateInfo::find(const KRPersonList* persons
 
 KRRef<KRIssueContext> KRIssueFindDuplicateInfo::find3(const KRPersonList* persons, const KRProgress& progress) const {
   if (persons == nullptr) return {};
-  // Images are left out at first: they need to be decoded only where everything else is equal.
-  const KRPersonGroups groups =
-      krGroupPersons(*persons, progress, [](const IKRPerson& person, KRHold& hold, std::string& key) {
-        krAppendPersonKey(key, person, {}, hold);
-        return true;
-      });
+  const KRPersonGroups groups = groupByKey(*persons, likelyEqual(*persons, progress));
   std::vector<Found> found;
   std::vector<IKRPerson*> room;
   for (const uint32_t key : groups.groupKeys()) {

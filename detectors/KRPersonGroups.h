@@ -121,12 +121,13 @@ template <class WriteKey>
 class KRPersonGrouping {
  public:
   KRPersonGrouping(const KRPersonList& persons, WriteKey writeKey)
-      : persons_(persons), ahead_(persons), writeKey_(std::move(writeKey)) {
-    groups_.reserve(persons.count());
-  }
+      : persons_(persons), writeKey_(std::move(writeKey)) {}
 
+  /// Makes room for so many persons.
+  void reserve(size_t count) { groups_.reserve(count); }
+
+  /// Takes the person at that place, whose memory has been asked for before.
   void take(uint32_t place) {
-    ahead_.reach(place);
     if (!write(place, key_)) return;
     const uint64_t hash = KRText(std::string_view(key_)).hash();
     groups_.prefetch(hash);
@@ -192,7 +193,6 @@ class KRPersonGrouping {
   }
 
   const KRPersonList& persons_;
-  const KRPersonAhead ahead_;
   WriteKey writeKey_;
   KRHold hold_;
   KRPersonGroups groups_;
@@ -212,8 +212,11 @@ class KRPersonGrouping {
 template <class WriteKey>
 KRPersonGroups krGroupPersons(const KRPersonList& persons, const KRProgress& progress, WriteKey writeKey) {
   KRPersonGrouping<WriteKey> grouping(persons, std::move(writeKey));
+  grouping.reserve(persons.count());
+  const KRPersonAhead ahead(persons);
   for (uint32_t i = 0; i < persons.count(); ++i) {
     progress(krPercent(i, persons.count()));
+    ahead.reach(i);
     grouping.take(i);
   }
   return grouping.finish();

@@ -151,13 +151,34 @@ void krAppendProperty(std::string& to, const IKRPerson& person, const KRProperty
   }
 }
 
-void krAppendPersonKey(std::string& to, const IKRPerson& person, KRText digest, KRHold& hold) {
+namespace {
+
+/// Writes one property after the other until the text has so many bytes; whether all were written.
+bool appendProperties(std::string& to, const IKRPerson& person, KRHold& hold, size_t enough) {
   const KRCardRecord* record = wholeRecord(person);
   for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
     if (property->ordinal() == KROrdinal::Thumbnail) continue;
     // Most persons hold few properties: those that are not there are passed over in one step each.
     if (record == nullptr || record->has(property->ordinal())) krAppendProperty(to, person, *property, hold);
+    if (to.size() >= enough) return false;
   }
-  to.append(digest.view());
+  return true;
+}
+
+void appendMark(std::string& to, const IKRPerson& person) {
   if (person.isOrganization()) to.append(":OrgString##");
+}
+
+}  // namespace
+
+void krAppendPersonKey(std::string& to, const IKRPerson& person, KRText digest, KRHold& hold) {
+  appendProperties(to, person, hold, std::string::npos);
+  to.append(digest.view());
+  appendMark(to, person);
+}
+
+void krAppendPersonKeyStart(std::string& to, const IKRPerson& person, size_t size, KRHold& hold) {
+  const size_t end = to.size() + size;
+  if (appendProperties(to, person, hold, end)) appendMark(to, person);
+  if (to.size() > end) to.resize(end);
 }

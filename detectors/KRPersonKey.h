@@ -13,6 +13,10 @@
 /// from its views, to the same text.
 void krAppendPersonKey(std::string& to, const IKRPerson& person, KRText digest, KRHold& hold);
 
+/// The first `size` bytes of the same text without a digest, the whole text where it has no more. Texts that differ in
+/// them differ, and most do: they begin with the name.
+void krAppendPersonKeyStart(std::string& to, const IKRPerson& person, size_t size, KRHold& hold);
+
 /// One property: nothing when the person has no value of it.
 void krAppendProperty(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold);
 
