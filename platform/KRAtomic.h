@@ -3,9 +3,11 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/KRSpinLock.h"
+
 /// The lock that guards the field at this address: one of a few dozen shared by all fields, so that a field has none of
 /// its own. Never taken twice by one thread; nothing is called while it is held.
-std::mutex& krFieldLock(const void* field) noexcept;
+KRSpinLock& krFieldLock(const void* field) noexcept;
 
 /// A field whose accessors are atomic: `get` answers a whole value, `set` replaces it, from any thread.
 ///

@@ -5,12 +5,13 @@
 #include <vector>
 
 #include "platform/KRFatal.h"
+#include "platform/KRSpinLock.h"
 
 namespace {
 
 // One lock for all graphs: it is held for a few instructions, and graphs are built by one thread at a time.
-std::mutex& graphLock() noexcept {
-  static std::mutex& lock = *new std::mutex;
+KRSpinLock& graphLock() noexcept {
+  static constinit KRSpinLock lock;
   return lock;
 }
 
@@ -143,7 +144,7 @@ class KRGraphNode::Locked {
     open = nullptr;
   }
 
-  std::unique_lock<std::mutex> lock_;
+  std::unique_lock<KRSpinLock> lock_;
   const KRGraphNode* alone_ = nullptr;
   std::vector<const KRGraphNode*> dead_;
 };
