@@ -46,6 +46,25 @@ KRRef<KRIssueFind> KRIssueFindControl::detectorForIssue(KRIssue* issue) {
   return KRIssueFind::issueFindWithIssue(issue);
 }
 
+/// The listener of a run's progress, whoever it is at the time.
+class KRIssueFindControl::Listener {
+ public:
+  explicit Listener(KRIssueFindControl& control) : control_(control) {}
+
+  void send(double progress) {
+    const uint32_t changes = control_.delegateChanges_.load(std::memory_order_acquire);
+    if (changes != seen_) delegate_ = control_.delegate();
+    seen_ = changes;
+    if (delegate_) delegate_->KRIssueFindControlDelegate_Finding(progress, control_);
+  }
+
+ private:
+  KRIssueFindControl& control_;
+  // Counted before it is asked for: a change in between is seen the next time.
+  uint32_t seen_ = control_.delegateChanges_.load(std::memory_order_acquire);
+  std::shared_ptr<Delegate> delegate_ = control_.delegate();
+};
+
 void KRIssueFindControl::findThreed([[maybe_unused]] const KRValue& ignored) {
   sendStart();
   const auto result = krMake<KRIssueFindResult>();
@@ -58,14 +77,15 @@ void KRIssueFindControl::findThreed([[maybe_unused]] const KRValue& ignored) {
     // Single precision as everywhere in percentages, so the bands need not add up to 100.
     const double step = static_cast<double>(100.0F / static_cast<float>(issues.size()));
     double base = 0.0;
+    Listener listener(*this);
     for (const KRRef<KRIssue>& issue : issues) {
       if (const auto detector = detectorForIssue(issue.get())) {
-        const auto scaled = [&](double percent) { sendFinding(percent / 100.0 * step + base); };
+        const auto scaled = [&](double percent) { listener.send(percent / 100.0 * step + base); };
         const auto context = detector->find(persons, scaled);
         if (context && !context->issueObjects().isEmpty()) result->addContext(context.get());
       }
       base += step;
-      sendFinding(base);
+      listener.send(base);
     }
   }
   sendEnd(result);

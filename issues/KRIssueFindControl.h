@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include "contacts/model/IKRPerson.h"
@@ -34,7 +36,10 @@ class KRIssueFindControl : public KRObject {
   ~KRIssueFindControl() override;
 
   std::shared_ptr<Delegate> delegate() const { return delegate_.get(); }
-  void setDelegate(std::shared_ptr<Delegate> delegate) { delegate_.set(std::move(delegate)); }
+  void setDelegate(std::shared_ptr<Delegate> delegate) {
+    delegate_.set(std::move(delegate));
+    delegateChanges_.fetch_add(1, std::memory_order_release);
+  }
 
   /// Kept for the host; a run does not look at it. Nothing for a control made for a book.
   std::shared_ptr<KRIssueList> issueArray() const { return issueArray_.get(); }
@@ -72,7 +77,11 @@ class KRIssueFindControl : public KRObject {
   virtual KRRef<KRIssueFind> detectorForIssue(KRIssue* issue);
 
  private:
+  class Listener;
+
   KRAtomic<std::shared_ptr<Delegate>> delegate_;
+  /// A run asks for the listener anew only when this has changed: it calls it once for each person and issue.
+  std::atomic<uint32_t> delegateChanges_{0};
   KRAtomic<std::shared_ptr<KRIssueList>> issueArray_;
   KRAtomic<std::shared_ptr<KRPersonList>> personArray_;
   KRAtomic<KRRef<KRAddressBook>> addressBook_;

@@ -256,6 +256,35 @@ TEST_F(KRIssueFindControlTest, AListenerHearsOnlyWhatItOverrides) {
   EXPECT_EQ(listener->result->addressBook(), book_);
 }
 
+/// Hands over to another listener when it has heard so many reports.
+class HandingOver : public KRIssueFindControlDelegate {
+ public:
+  explicit HandingOver(std::shared_ptr<KRIssueFindControlDelegate> next) : next_(std::move(next)) {}
+  void KRIssueFindControlDelegate_Finding(double, KRIssueFindControl& findControl) override {
+    if (++heard == 3) findControl.setDelegate(next_);
+  }
+
+  int heard = 0;
+
+ private:
+  std::shared_ptr<KRIssueFindControlDelegate> next_;
+};
+
+TEST_F(KRIssueFindControlTest, AListenerThatIsReplacedHearsNoMore) {
+  const auto control = KRIssueFindControl::initWithAddressBook(book_);
+  const auto last = std::make_shared<EndListener>();
+  const auto first = std::make_shared<HandingOver>(last);
+  control->setDelegate(first);
+  control->findThreed();
+  EXPECT_EQ(first->heard, 3);
+  EXPECT_TRUE(last->result);
+
+  const auto leaving = std::make_shared<HandingOver>(nullptr);
+  control->setDelegate(leaving);
+  control->findThreed();
+  EXPECT_EQ(leaving->heard, 3);
+}
+
 TEST_F(KRIssueFindControlTest, NeedsNoListener) {
   KRIssueFindControl::initWithAddressBook(book_)->findThreed();
 }
