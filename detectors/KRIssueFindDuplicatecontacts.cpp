@@ -21,6 +21,7 @@ KRRef<KRIssueContext> KRIssueFindDuplicatecontacts::find(const KRPersonList* per
   auto context = krMake<KRIssueContext>(issue());
   std::vector<IKRPerson*> room;
   for (uint32_t key = 0; key < groups.keyCount(); ++key) {
+    groups.prefetchAhead(key, *persons);
     if (groups.isGroup(key)) context->addIssueObject(objectForPerson(krPersonsOf(groups, key, *persons, room)).get());
   }
   return context;

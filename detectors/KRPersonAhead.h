@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 
 #include "contacts/model/IKRPerson.h"
@@ -12,9 +13,10 @@
 class KRPersonAhead {
  public:
   explicit KRPersonAhead(const KRPersonList& persons) noexcept : persons_(persons) {}
-  /// For a walk that reads records only where they hold the property.
-  KRPersonAhead(const KRPersonList& persons, std::optional<KROrdinal> property) noexcept
-      : persons_(persons), property_(property) {}
+  enum class Reach : uint8_t { Places, Value };
+  /// For a walk that reads records only where they hold the property: where its values stand, or the first one, too.
+  KRPersonAhead(const KRPersonList& persons, std::optional<KROrdinal> property, Reach reach = Reach::Value) noexcept
+      : persons_(persons), property_(property), reach_(reach) {}
 
   /// To be called before the person at that place is read.
   void reach(size_t place) const {
@@ -25,7 +27,7 @@ class KRPersonAhead {
       return;
     }
     if (place + kNear < count) persons_.at(place + kNear)->prefetchPlaces(*property_);
-    if (place + kNext < count) persons_.at(place + kNext)->prefetchValue(*property_);
+    if (reach_ == Reach::Value && place + kNext < count) persons_.at(place + kNext)->prefetchValue(*property_);
   }
 
  private:
@@ -35,4 +37,5 @@ class KRPersonAhead {
 
   const KRPersonList& persons_;
   std::optional<KROrdinal> property_;
+  Reach reach_ = Reach::Value;
 };

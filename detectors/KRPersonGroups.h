@@ -79,6 +79,18 @@ class KRPersonGroups {
   /// The keys of groups, in the order in which their second places came.
   const std::vector<uint32_t>& groupKeys() const noexcept { return groupKeys_; }
 
+  /// For a walk over the keys in order: asks for the persons of groups that come soon.
+  void prefetchAhead(uint32_t key, const KRPersonList& persons) const {
+    constexpr uint32_t kFar = 128;
+    constexpr uint32_t kNear = 64;
+    if (key + kFar < keyCount() && isGroup(key + kFar))
+      krPrefetch(links_.data() + groups_[keys_[key + kFar].group].first);
+    if (key + kNear >= keyCount() || !isGroup(key + kNear)) return;
+    const Group& group = groups_[keys_[key + kNear].group];
+    krPrefetchToWrite(persons.at(links_[group.first].place));
+    krPrefetchToWrite(persons.at(links_[group.last].place));
+  }
+
   /// Calls `visit(place)` for all places of a key, in order.
   template <class Visit>
   void forPlaces(uint32_t key, Visit visit) const {

@@ -37,7 +37,7 @@ void KRSharedValues::collect(const KRPersonList& persons, const KRProgress& prog
   groups_.reserve(persons.count() * 2);
   keys_.reserve(persons.count() * 2);
   block_.reserve(kBlock);
-  const KRPersonAhead ahead(persons, property_);
+  const KRPersonAhead ahead(persons, property_, KRPersonAhead::Reach::Places);
   for (uint32_t i = 0; i < persons.count(); ++i) {
     ahead.reach(i);
     const IKRPerson& person = *persons.at(i);
@@ -52,16 +52,27 @@ void KRSharedValues::collect(const KRPersonList& persons, const KRProgress& prog
 }
 
 void KRSharedValues::read(KRText value, bool isOrganization, uint32_t place) {
-  // A person's value that ends in the mark is the same text as an organisation's without it.
-  const bool isMarked = isOrganization || value.view().ends_with(kMark);
-  if (isMarked && !isOrganization) value = KRText(value.data(), value.size() - kMark.size());
-  const uint64_t hash = krHashMix(value.hash(), isMarked ? 1 : 0);
-  groups_.prefetch(hash);
-  block_.push_back({hash, {value.data(), static_cast<uint32_t>(value.size()), isMarked}, place, KRPersonGroups::kNone});
+  krPrefetch(value.data());
+  block_.push_back(
+      {0, {value.data(), static_cast<uint32_t>(value.size()), isOrganization}, place, KRPersonGroups::kNone});
   if (block_.size() == kBlock) addBlock();
 }
 
+void KRSharedValues::hash(Pending& value) {
+  Key& key = value.key;
+  // A person's value that ends in the mark is the same text as an organisation's without it.
+  if (!key.isMarked && key.text().view().ends_with(kMark)) {
+    key.isMarked = true;
+    key.size -= static_cast<uint32_t>(kMark.size());
+  }
+  value.hash = krHashMix(key.text().hash(), key.isMarked ? 1 : 0);
+}
+
 void KRSharedValues::addBlock() {
+  for (Pending& each : block_) {
+    hash(each);
+    groups_.prefetch(each.hash);
+  }
   for (Pending& each : block_) {
     each.likely = groups_.likely(each.hash);
     if (each.likely == KRPersonGroups::kNone) continue;
@@ -103,6 +114,7 @@ KRPersonArray KRSharedValues::all(uint32_t key, const KRPersonList& persons) {
 }
 
 KRPersonArray KRSharedValues::holders(uint32_t key, const KRPersonList& persons) {
+  groups_.prefetchAhead(key, persons);
   if (!groups_.isGroup(key)) return {};
   KRPersonArray all = this->all(key, persons);
   return all.count() > 1 ? all : KRPersonArray();

@@ -53,6 +53,7 @@ class KRSharedValues {
   static constexpr size_t kBlock = 64;
 
   void read(KRText value, bool isOrganization, uint32_t place);
+  static void hash(Pending& value);
   void addBlock();
   void add(const Pending& value);
 

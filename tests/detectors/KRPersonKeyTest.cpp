@@ -34,6 +34,18 @@ TYPED_TEST(KRPersonKeyTest, WritesWhatIsThereInStandardOrder) {
             "title:Drnote:x");
 }
 
+TYPED_TEST(KRPersonKeyTest, StartsAreTheFirstBytesOfTheWhole) {
+  const auto person = krPerson<TypeParam>(
+      {.first = "Ann"_kr, .company = "Acme"_kr, .phones = {"1"_kr, "2"_kr}, .isOrganization = true});
+  const std::string whole = keyOf(*person);
+  for (size_t size = 0; size <= whole.size() + 2; ++size) {
+    KRHold hold;
+    std::string start = "before";
+    krAppendPersonKeyStart(start, *person, size, hold);
+    EXPECT_EQ(start, "before" + whole.substr(0, size)) << size;
+  }
+}
+
 TYPED_TEST(KRPersonKeyTest, WritesNothingForAPersonThatHoldsNothing) {
   EXPECT_EQ(keyOf(*krPerson<TypeParam>({})), "");
 }
