@@ -4,34 +4,12 @@
 #include <utility>
 
 #include "contacts/model/KRObjectEmail.h"
+#include "contacts/model/KRPersonIDs.h"
 #include "contacts/stores/KRDesktopList.h"
 #include "contacts/stores/KRStoreConflicts.h"
-#include "contacts/undo/KRUndoFields.h"
-#include "contacts/undo/KRUndoPart.h"
-#include "contacts/undo/KRUndoRecorder.h"
 #include "contacts/vcard/KRVCardReader.h"
 
 namespace {
-
-/// Cards that go to the service in one call.
-struct Batch {
-  std::vector<std::string> cards;
-  /// Behind the last of the changes that they are about.
-  size_t end;
-};
-
-/// The next batch of `count` changes, from `begin` on; `cardAt` makes the card of one.
-template <class CardAt>
-Batch nextBatch(size_t begin, size_t count, const CardAt& cardAt) {
-  Batch batch{{}, begin};
-  for (size_t bytes = 0;
-       batch.end < count && batch.cards.size() < KRDesktopBook::kBatch && bytes < KRDesktopBook::kBatchBytes;
-       ++batch.end) {
-    batch.cards.push_back(cardAt(batch.end));
-    bytes += batch.cards.back().size();
-  }
-  return batch;
-}
 
 KRDesktopMember memberFor(const ABPerson& person, const std::string& UID) {
   const KRRef<KRObjectEmail> email = person.mainEmail();
@@ -41,7 +19,11 @@ KRDesktopMember memberFor(const ABPerson& person, const std::string& UID) {
 }  // namespace
 
 KRDesktopBookStore::KRDesktopBookStore(KRString ID, KRString name, KRString place, std::unique_ptr<KRDesktopBook> book)
-    : ID_(std::move(ID)), name_(std::move(name)), place_(std::move(place)), book_(std::move(book)) {}
+    : ID_(std::move(ID)),
+      name_(std::move(name)),
+      place_(std::move(place)),
+      book_(std::move(book)),
+      journal_(*book_, ID_, name_, place_) {}
 
 KRString KRDesktopBookStore::kind() const {
   return "desktop"_kr;
@@ -117,31 +99,33 @@ KRResult<KRStoreContent> KRDesktopBookStore::read() {
 }
 
 KRResult<KRDesktopBookStore::Cards> KRDesktopBookStore::fetch(const std::vector<std::string>& UIDs) {
-  std::vector<std::string> texts;
-  if (KRDesktopFailure failure = book_->read(UIDs, texts)) return named(*std::move(failure));
-  Cards cards;
-  for (const std::string& text : texts) {
-    KRDesktopCard card = reader_.read(text);
-    cards.insert_or_assign(card.UID, std::move(card));
-  }
+  KRResult<Cards> cards = journal_.read(UIDs);
+  if (!cards) return named(cards.error());
   return cards;
+}
+
+/// The identifier, or another one where a list has it already, or a card that is no contact.
+std::string KRDesktopBookStore::freeUID(const KRString& wanted, std::unordered_set<std::string>& given) const {
+  std::string UID(wanted.view());
+  while (UID.empty() || taken_.contains(UID) || !given.insert(UID).second) UID = KRPersonIDs::newIdentifier().view();
+  return UID;
 }
 
 // Writing
 
 KRResult<void> KRDesktopBookStore::write(KRStoreChanges& changes) {
   if (book_->isReadOnly()) return named({KRErrorCode::NotAllowed, "this address book can only be read"});
-  KRUndoWriter called;
-  called.add(krConcat({name_, " (", ID_, ")"}));
-  KRResult<KRUndoNote> note = KRUndoRecorder::record(KRUndoPart::kCards, called.take());
-  if (!note) return note.error();
+  KRResult<void> done = writeInTurn(changes);
+  journal_.forget();
+  return done;
+}
+
+KRResult<void> KRDesktopBookStore::writeInTurn(KRStoreChanges& changes) {
   using Step = KRResult<void> (KRDesktopBookStore::*)(KRStoreChanges&);
   // Removals come last: what a merge takes away is written elsewhere by then.
   for (const Step step :
        {&KRDesktopBookStore::check, &KRDesktopBookStore::addPersons, &KRDesktopBookStore::changePersons}) {
     if (KRResult<void> done = (this->*step)(changes); !done) return done;
-    // From here on the service has, or may have, some of it.
-    note->keep();
   }
   if (changes.groups != nullptr) {
     if (KRResult<void> done = writeLists(changes); !done) return done;
@@ -153,7 +137,7 @@ KRResult<void> KRDesktopBookStore::check(KRStoreChanges& changes) {
   std::vector<std::string> UIDs;
   for (const auto& each : changes.changed) UIDs.push_back(UIDOf(changes.stored[each.index]));
   for (const auto& each : changes.removed) UIDs.push_back(UIDOf(changes.stored[each.index]));
-  const KRResult<Cards> now = fetch(UIDs);
+  KRResult<Cards> now = fetch(UIDs);
   if (!now) return now.error();
   const auto isSame = [&](const KRStoredPerson& person) {
     const auto card = now->find(UIDOf(person));
@@ -170,6 +154,7 @@ KRResult<void> KRDesktopBookStore::check(KRStoreChanges& changes) {
     if (!each.isDone && !isSame(person)) conflicts.add(*person.person);
   }
   if (!conflicts.isEmpty()) return named({KRErrorCode::Changed, conflicts.sentence()});
+  journal_.remember(*std::move(now));
   return changes.groups != nullptr ? checkLists() : KRResult<void>();
 }
 
@@ -186,8 +171,8 @@ KRResult<void> KRDesktopBookStore::checkLists() {
 }
 
 std::vector<KRDesktopBookStore::Card> KRDesktopBookStore::settled(const std::vector<std::string>& UIDs,
-                                                                  const std::vector<std::string>& sent) {
-  const KRResult<Cards> now = fetch(UIDs);
+                                                                  const std::vector<std::string>& sent,
+                                                                  const KRResult<Cards>& now) {
   std::vector<Card> cards;
   for (size_t i = 0; i < UIDs.size(); ++i) {
     const auto found = now ? now->find(UIDs[i]) : Cards::const_iterator();
@@ -202,18 +187,15 @@ std::vector<KRDesktopBookStore::Card> KRDesktopBookStore::settled(const std::vec
 KRResult<void> KRDesktopBookStore::addPersons(KRStoreChanges& changes) {
   for (size_t begin = 0; begin < changes.added.size();) {
     std::unordered_set<std::string> given;
-    const Batch batch = nextBatch(begin, changes.added.size(), [&](size_t i) {
-      const ABPerson& person = *changes.added[i].person;
-      const KRString ID = person.ID();
-      std::string UID(ID.view());
-      // A list may have the identifier, or a card that is no contact; then the service gives another.
-      const bool isFree = !taken_.contains(UID) && given.insert(std::move(UID)).second;
-      return krCardForDesktop(person, isFree ? KRText(ID) : KRText(""));
-    });
     std::vector<std::string> UIDs;
-    if (KRDesktopFailure failure = book_->add(batch.cards, UIDs)) return named(*std::move(failure));
-    UIDs.resize(batch.cards.size());
-    std::vector<Card> now = settled(UIDs, batch.cards);
+    const KRDesktopBatch batch = krNextDesktopBatch(begin, changes.added.size(), [&](size_t i) {
+      const ABPerson& person = *changes.added[i].person;
+      UIDs.push_back(freeUID(person.ID(), given));
+      return krCardForDesktop(person, std::string_view(UIDs.back()));
+    });
+    const KRResult<KRDesktopJournal::Done> done = journal_.add(batch.cards, UIDs);
+    if (!done) return named(done.error());
+    std::vector<Card> now = settled(UIDs, batch.cards, done->now);
     for (Card& card : now) {
       KRStoreChanges::Added& each = changes.added[begin++];
       each.record = std::move(card.record);
@@ -227,13 +209,14 @@ KRResult<void> KRDesktopBookStore::addPersons(KRStoreChanges& changes) {
 KRResult<void> KRDesktopBookStore::changePersons(KRStoreChanges& changes) {
   for (size_t begin = 0; begin < changes.changed.size();) {
     std::vector<std::string> UIDs;
-    const Batch batch = nextBatch(begin, changes.changed.size(), [&](size_t i) {
+    const KRDesktopBatch batch = krNextDesktopBatch(begin, changes.changed.size(), [&](size_t i) {
       const KRStoredPerson& person = changes.stored[changes.changed[i].index];
       UIDs.push_back(UIDOf(person));
       return krCardForDesktop(*person.person, std::string_view(UIDs.back()));
     });
-    if (KRDesktopFailure failure = book_->change(batch.cards)) return named(*std::move(failure));
-    std::vector<Card> now = settled(UIDs, batch.cards);
+    const KRResult<KRDesktopJournal::Done> done = journal_.change(batch.cards, UIDs);
+    if (!done) return named(done.error());
+    std::vector<Card> now = settled(UIDs, batch.cards, done->now);
     for (Card& card : now) {
       KRStoreChanges::Changed& each = changes.changed[begin++];
       each.record = std::move(card.record);
@@ -253,7 +236,7 @@ KRResult<void> KRDesktopBookStore::removePersons(KRStoreChanges& changes) {
     const size_t end = std::min(begin + KRDesktopBook::kBatch, open.size());
     std::vector<std::string> UIDs;
     for (size_t i = begin; i < end; ++i) UIDs.push_back(UIDOf(changes.stored[open[i]->index]));
-    if (KRDesktopFailure failure = book_->remove(UIDs)) return named(*std::move(failure));
+    if (KRResult<void> done = journal_.remove(UIDs); !done) return named(done.error());
     for (; begin < end; ++begin) open[begin]->isDone = true;
     for (const std::string& UID : UIDs) taken_.erase(UID);
   }
@@ -286,21 +269,22 @@ KRResult<void> KRDesktopBookStore::writeList(const KRStoredGroup& group, const s
   const auto place =
       std::find_if(lists_.begin(), lists_.end(), [&](const List& each) { return each.group == group.group; });
   std::vector<std::string> UIDs;
-  KRDesktopFailure failure;
+  KRResult<KRDesktopJournal::Done> done = KRDesktopJournal::Done{Cards()};
   if (place == lists_.end()) {
-    const std::string UID(group.group->uniqueId().view());
-    failure =
-        book_->add({krNewDesktopList(taken_.contains(UID) ? "" : UID, group.group->name().view(), members)}, UIDs);
+    std::unordered_set<std::string> given;
+    UIDs = {freeUID(group.group->uniqueId(), given)};
+    done = journal_.add({krNewDesktopList(UIDs.front(), group.group->name().view(), members)}, UIDs);
   } else {
     const std::string card =
         krChangedDesktopList(place->card.text, members, [&](const std::string& UID) { return ours.contains(UID); });
     if (card == place->card.text) return {};
     UIDs = {place->card.UID};
-    failure = book_->change({card});
+    journal_.remember(place->card);
+    done = journal_.change({card}, UIDs);
   }
-  if (failure) return named(*std::move(failure));
-  KRResult<Cards> now = fetch(UIDs);
-  if (!now) return now.error();
+  if (!done) return named(done.error());
+  KRResult<Cards>& now = done->now;
+  if (!now) return named(now.error());
   if (now->size() != 1) return changedOutside(*group.group);
   taken_.insert(UIDs.front());
   if (place == lists_.end()) {
@@ -319,7 +303,8 @@ KRResult<void> KRDesktopBookStore::removeLists(const std::vector<KRStoredGroup>&
       ++i;
       continue;
     }
-    if (KRDesktopFailure failure = book_->remove({lists_[i].card.UID})) return named(*std::move(failure));
+    journal_.remember(lists_[i].card);
+    if (KRResult<void> done = journal_.remove({lists_[i].card.UID}); !done) return named(done.error());
     taken_.erase(lists_[i].card.UID);
     lists_.erase(lists_.begin() + static_cast<std::ptrdiff_t>(i));
   }

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "contacts/stores/KRBookStore.h"
-#include "contacts/stores/KRDesktopCard.h"
+#include "contacts/stores/KRDesktopJournal.h"
 #include "contacts/stores/KRDesktopService.h"
 
 /// A book of the desktop's own address book service. Contact lists are groups; contacts stand in the order of their
@@ -39,7 +39,7 @@ class KRDesktopBookStore : public KRBookStore {
     KRRef<KRGroup> group;
     KRDesktopCard card;
   };
-  using Cards = std::unordered_map<std::string, KRDesktopCard>;
+  using Cards = KRDesktopJournal::Cards;
   struct Card {
     KRCardRecord record;
     KRStoreKey key;
@@ -51,6 +51,7 @@ class KRDesktopBookStore : public KRBookStore {
   KRStoreKey newKey(const std::string& UID, int64_t stamp);
 
   KRResult<Cards> fetch(const std::vector<std::string>& UIDs);
+  KRResult<void> writeInTurn(KRStoreChanges& changes);
   /// That nothing that is to be written was changed by others. Removals of what is gone already are done with.
   KRResult<void> check(KRStoreChanges& changes);
   KRResult<void> checkLists();
@@ -61,13 +62,16 @@ class KRDesktopBookStore : public KRBookStore {
   KRResult<void> writeList(const KRStoredGroup& group, const std::vector<struct KRDesktopMember>& members,
                            const std::unordered_set<std::string>& ours);
   KRResult<void> removeLists(const std::vector<KRStoredGroup>& groups);
-  /// The cards as they stand now, in the order of the UIDs; what was sent where they cannot be read.
-  std::vector<Card> settled(const std::vector<std::string>& UIDs, const std::vector<std::string>& sent);
+  std::string freeUID(const KRString& wanted, std::unordered_set<std::string>& given) const;
+  /// The cards as they stand now, in the order of the UIDs; what was sent where they could not be read.
+  std::vector<Card> settled(const std::vector<std::string>& UIDs, const std::vector<std::string>& sent,
+                            const KRResult<Cards>& now);
 
   const KRString ID_;
   const KRString name_;
   const KRString place_;
   const std::unique_ptr<KRDesktopBook> book_;
+  KRDesktopJournal journal_;
   KRDesktopCardReader reader_;
   /// The identifiers of the persons, by the `place` of their keys, and all that are taken.
   std::vector<std::string> UIDs_;

@@ -12,17 +12,17 @@ namespace {
 
 constexpr KRText kKind = "desktop";
 
-KRBookSource sourceOf(KRDesktopService* service, const KRDesktopService::Book& book) {
+KRBookSource sourceOf(const KRDesktopService::Book& book) {
   KRBookSource source = {
-      KRString("desktop:" + book.ID), KRString(book.name), KRString(kKind), KRString(book.place), {}};
-  source.open = [service, key = book.ID, ID = source.ID, name = source.name,
-                 place = source.place]() -> KRResult<KRRef<KRAddressBook>> {
-    std::unique_ptr<KRDesktopBook> opened;
-    if (KRDesktopFailure failure = service->open(key, opened)) {
-      failure->sentence.append(" (desktop address book \"").append(name.view()).append("\")");
-      return *std::move(failure);
+      KRString(KRDesktopModule::bookID(book.ID)), KRString(book.name), KRString(kKind), KRString(book.place), {}};
+  source.open = [ID = source.ID, name = source.name, place = source.place]() -> KRResult<KRRef<KRAddressBook>> {
+    KRResult<std::unique_ptr<KRDesktopBook>> opened = KRDesktopModule::open(ID);
+    if (!opened) {
+      KRError error = opened.error();
+      error.sentence.append(" (desktop address book \"").append(name.view()).append("\")");
+      return error;
     }
-    auto store = std::make_unique<KRDesktopBookStore>(ID, name, place, std::move(opened));
+    auto store = std::make_unique<KRDesktopBookStore>(ID, name, place, *std::move(opened));
     return KRRef<KRAddressBook>(krMake<KRStoredBook>(std::move(store)));
   };
   return source;
@@ -61,6 +61,6 @@ std::vector<KRBookSource> KRDesktopBooks::sources() {
     if (failure->code != KRErrorCode::NotFound) sources.push_back(failedSource(*std::move(failure)));
     return sources;
   }
-  for (const KRDesktopService::Book& book : books) sources.push_back(sourceOf(*service, book));
+  for (const KRDesktopService::Book& book : books) sources.push_back(sourceOf(book));
   return sources;
 }

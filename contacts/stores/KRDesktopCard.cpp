@@ -94,3 +94,21 @@ std::string krCardForDesktop(const ABPerson& person, KRText UID) {
   if (isOfTheService(person.card(), UID)) return KRVCardRewriter::rewritten(person);
   return KRVCardWriter(KRVCardVersion::V30).card(person, UID);
 }
+
+std::string krWithRevisionOf(std::string_view card, std::string_view other) {
+  std::string revision;
+  KRVCardLines lines;
+  KRVCardLine line;
+  lines.start(other, true, 1);
+  while (lines.next(line) == KRVCardLines::Result::Line) {
+    if (isNamed(line, "REV")) revision += line.bytes;
+  }
+  std::string result;
+  lines.start(card, true, 1);
+  while (lines.next(line) == KRVCardLines::Result::Line) {
+    if (isNamed(line, "REV")) continue;
+    if (line.isEnd()) result += revision;
+    result += line.bytes;
+  }
+  return result;
+}

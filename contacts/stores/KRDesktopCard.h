@@ -31,3 +31,7 @@ class KRDesktopCardReader {
 /// The card to be sent for a person: version 3.0, which is the only one that the service keeps. Lines that the model
 /// does not know are in it; `UID` is its identifier, none when that is empty.
 std::string krCardForDesktop(const ABPerson& person, KRText UID);
+
+/// The card with the other one's time of change: a service may refuse a change of a card that names another revision
+/// than it has.
+std::string krWithRevisionOf(std::string_view card, std::string_view other);

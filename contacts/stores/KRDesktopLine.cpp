@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "contacts/undo/KRUndoMark.h"
 #include "contacts/vcard/KRVCardText.h"
-#include "platform/KRHash.h"
 
 namespace {
 
@@ -80,7 +80,7 @@ uint64_t KRDesktopLine::stamp() const {
     if (!isNamed(each, kKRDesktopPhoneParameter)) said.push_back(withoutQuotes(each));
   }
   std::sort(said.begin(), said.end());
-  uint64_t stamp = krHashMix(krHashBytes(name.data(), name.size()), krHashBytes(value.data(), value.size()));
-  for (const std::string& each : said) stamp = krHashMix(stamp, krHashBytes(each.data(), each.size()));
+  uint64_t stamp = krUndoMark(krUndoMark(name), krUndoMark(value));
+  for (const std::string& each : said) stamp = krUndoMark(stamp, krUndoMark(each));
   return stamp;
 }

@@ -24,8 +24,8 @@ struct KRDesktopLine {
   bool removeParameter(std::string_view parameterName);
   /// The line with its line end, not folded.
   std::string text() const;
-  /// A number for what the line says: the order of its parameters, quotes, and what the service notes for itself do not
-  /// count.
+  /// A mark of what the line says (`krUndoMark`): the order of its parameters, quotes, and what the service notes for
+  /// itself do not count.
   uint64_t stamp() const;
 };
 

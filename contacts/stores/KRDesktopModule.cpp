@@ -74,3 +74,17 @@ bool KRDesktopModule::hasSessionBus() {
   const std::string socket = std::string(folder) + "/bus";
   return KRFile::kind(std::string_view(socket)) == KRFile::Kind::Other;
 }
+
+KRResult<std::unique_ptr<KRDesktopBook>> KRDesktopModule::open(KRText bookID) {
+  if (bookID.view().substr(0, kPrefix.size()) != kPrefix) {
+    return KRError{KRErrorCode::NotFound, "there is no such address book of the desktop"};
+  }
+  if (!hasSessionBus()) return KRError{KRErrorCode::NotFound, "there is no desktop session"};
+  const KRResult<KRDesktopService*> known = service();
+  if (!known) return known.error();
+  std::unique_ptr<KRDesktopBook> book;
+  if (KRDesktopFailure failure = (*known)->open(std::string(bookID.view().substr(kPrefix.size())), book)) {
+    return *std::move(failure);
+  }
+  return book;
+}

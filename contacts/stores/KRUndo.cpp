@@ -1,5 +1,6 @@
 #include "contacts/stores/KRUndo.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -31,12 +32,31 @@ KRResult<std::vector<KRUndo::Target>> targetsOf(const Steps& steps) {
   return targets;
 }
 
+/// Each place once: a book that was written in several steps is one book.
+std::vector<KRUndo::Target> byPlace(const std::vector<KRUndo::Target>& targets) {
+  std::vector<KRUndo::Target> merged;
+  for (const KRUndo::Target& each : targets) {
+    const auto same = std::find_if(merged.begin(), merged.end(), [&](const KRUndo::Target& known) {
+      return known.kind == each.kind && known.place == each.place;
+    });
+    if (same == merged.end()) {
+      merged.push_back(each);
+    } else {
+      same->changes += each.changes;
+      same->isPutBack = same->isPutBack || each.isPutBack;
+    }
+  }
+  return merged;
+}
+
 }  // namespace
 
 KRResult<std::vector<KRUndo::Target>> KRUndo::check(const KRUndoRecords::Run& run) {
   const KRResult<Steps> steps = stepsOf(run);
   if (!steps) return steps.error();
-  return targetsOf(*steps);
+  const KRResult<std::vector<Target>> targets = targetsOf(*steps);
+  if (!targets) return targets;
+  return byPlace(*targets);
 }
 
 KRResult<std::vector<KRUndo::Target>> KRUndo::putBack(const KRUndoRecords::Run& run) {
@@ -48,5 +68,5 @@ KRResult<std::vector<KRUndo::Target>> KRUndo::putBack(const KRUndoRecords::Run& 
     if (!(*targets)[i].isPutBack) continue;
     if (KRResult<void> done = (*steps)[i]->putBack(); !done) return done.error();
   }
-  return targets;
+  return byPlace(*targets);
 }

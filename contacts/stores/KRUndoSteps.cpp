@@ -5,11 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "contacts/stores/KRDesktopUndoStep.h"
 #include "contacts/stores/KRSQLite.h"
 #include "contacts/stores/KRSQLiteJournal.h"
 #include "contacts/stores/KRSQLiteSchema.h"
 #include "contacts/stores/KRVCardFolderStore.h"
-#include "contacts/undo/KRUndoFields.h"
 #include "contacts/undo/KRUndoMark.h"
 #include "contacts/undo/KRUndoRecorder.h"
 #include "platform/KRFile.h"
@@ -265,23 +265,6 @@ class RowsStep : public KRUndoStep {
   const KRUndoRows done_;
 };
 
-/// A write to a book of the desktop, which is noted but not kept: undoing the rest of the run alone could take a
-/// contact out of the trash that is in no book.
-class CardsStep : public KRUndoStep {
- public:
-  explicit CardsStep(std::string book) : book_(std::move(book)) {}
-
-  KRResult<KRUndo::Target> check(KRUndoStates& /*states*/) override { return putBack().error(); }
-  KRResult<void> putBack() override {
-    return KRError{KRErrorCode::NotAllowed, "that run wrote to " + book_ +
-                                                ", a book of the desktop, of which no old contacts are kept; what it "
-                                                "deleted is in the trash"};
-  }
-
- private:
-  const std::string book_;
-};
-
 }  // namespace
 
 KRResult<std::unique_ptr<KRUndoStep>> KRUndoStep::of(const KRUndoRecords::Run& run, int64_t number) {
@@ -296,9 +279,7 @@ KRResult<std::unique_ptr<KRUndoStep>> KRUndoStep::of(const KRUndoRecords::Run& r
   } else if (part->kind == KRUndoPart::kRows.view()) {
     if (auto rows = KRUndoRows::read(part->fields)) step = std::make_unique<RowsStep>(*std::move(rows));
   } else if (part->kind == KRUndoPart::kCards.view()) {
-    KRUndoReader called(part->fields);
-    std::string book(called.bytes());
-    if (called.isOk()) step = std::make_unique<CardsStep>(std::move(book));
+    if (auto cards = KRUndoCards::read(part->fields)) step = krDesktopUndoStep(run, number, *std::move(cards));
   }
   if (!step) return damaged(run.at(number, "part"));
   return step;

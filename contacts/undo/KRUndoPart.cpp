@@ -47,6 +47,15 @@ KRResult<KRUndoPart> KRUndoPart::read(const KRUndoRecords::Run& run, int64_t num
   return part;
 }
 
+KRResult<void> KRUndoPart::write(const KRUndoRecords::Run& run) const {
+  KRUndoWriter whole;
+  whole.addBytes(kind).addBytes(fields);
+  KRFile::WriteOptions options;
+  options.isPrivate = true;
+  const std::string path = run.at(number, "part");
+  return KRFile::write(std::string_view(path), whole.take(), options);
+}
+
 std::string KRUndoFiles::fields() const {
   KRUndoWriter fields;
   fields.addBytes(folder).addBytes(lockedAt).addMark(rest).add(static_cast<int64_t>(files.size()));

@@ -13,7 +13,7 @@
 
 /// One write of a run, as its record has it.
 struct KRUndoPart {
-  /// The kinds of parts.
+  /// The kinds of parts: files, a preference, rows of a library, cards of a book of the desktop.
   static constexpr KRText kFiles = "files";
   static constexpr KRText kPreference = "preference";
   static constexpr KRText kRows = "rows";
@@ -25,6 +25,8 @@ struct KRUndoPart {
 
   /// `Damaged`, and the errors of files.
   static KRResult<KRUndoPart> read(const KRUndoRecords::Run& run, int64_t number);
+  /// Puts the part into the run's folder, whole or not at all.
+  KRResult<void> write(const KRUndoRecords::Run& run) const;
 };
 
 /// Files that were replaced, made or removed: one, or some of a folder.

@@ -49,6 +49,11 @@ KRUndoNote::~KRUndoNote() {
   recorder_->takeBack(part_);
 }
 
+void KRUndoNote::keep(KRText kind, const std::string& fields) {
+  if (recorder_ != nullptr) recorder_->rewrite(part_, kind, fields);
+  keep();
+}
+
 // The run
 
 KRUndoRecorder::KRUndoRecorder(KRText title) : title_(title) {
@@ -187,12 +192,14 @@ KRResult<void> KRUndoRecorder::writePart(KRText kind, const std::string& fields,
     const std::string place = begun_->run.at(parts_, std::to_string(i));
     if (KRResult<void> done = KRFile::keep(std::string_view(kept[i]), std::string_view(place)); !done) return done;
   }
-  KRUndoWriter part;
-  part.add(kind).addBytes(fields);
-  KRFile::WriteOptions options;
-  options.isPrivate = true;
   // The flush of the folder that ends this makes the files above safe too.
-  return KRFile::write(std::string_view(begun_->run.at(parts_, "part")), part.take(), options);
+  return KRUndoPart{parts_, std::string(kind.view()), fields}.write(begun_->run);
+}
+
+void KRUndoRecorder::rewrite(int64_t part, KRText kind, const std::string& fields) {
+  const std::lock_guard lock(lock_);
+  const KRResult<void> written = KRUndoPart{part, std::string(kind.view()), fields}.write(begun_->run);
+  if (!written) failure_ = KRString(written.error().sentence);
 }
 
 void KRUndoRecorder::takeBack(int64_t part) {

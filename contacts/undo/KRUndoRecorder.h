@@ -26,6 +26,9 @@ class [[nodiscard]] KRUndoNote {
   ~KRUndoNote();
 
   void keep() noexcept { recorder_ = nullptr; }
+  /// Says better what was written, for whoever learns that only afterwards, and keeps it. When that fails, what was
+  /// noted before stands, and `KRUndoRecorder::failure` tells.
+  void keep(KRText kind, const std::string& fields);
 
  private:
   friend class KRUndoRecorder;
@@ -61,7 +64,7 @@ class KRUndoRecorder {
   /// Gives the run that is being recorded another title, before it writes: that of the run which it puts back, or does
   /// again.
   static void setTitle(KRText title, bool isUndo);
-  /// Why preferences that were changed meanwhile could not be taken note of; nothing when all were.
+  /// Why something that was written meanwhile could not be taken note of, or not well enough; nothing when all was.
   static KRString failure();
 
   /// While it lives, what is written is not taken note of: what a program mends of itself is no doing of its user's.
@@ -103,6 +106,7 @@ class KRUndoRecorder {
   KRResult<void> writePart(KRText kind, const std::string& fields, const std::vector<std::string>& kept);
   KRResult<KRUndoNote> addFile(KRText path, std::optional<std::string_view> after, KRText lockedAt);
   KRResult<KRUndoNote> addFiles(KRText folder, KRText lockedAt, uint64_t rest, const std::vector<File>& files);
+  void rewrite(int64_t part, KRText kind, const std::string& fields);
   void takeBack(int64_t part);
   void observePreferences();
 

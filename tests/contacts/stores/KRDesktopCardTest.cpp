@@ -88,4 +88,10 @@ TEST(KRDesktopCardTest, SendsAnyOtherPersonInTheServicesVersion) {
   }
 }
 
+TEST(KRDesktopCardTest, TakesTheTimeOfChangeOfAnotherCard) {
+  const std::string old = krCard({"UID:a", "REV:1", "FN:Ann"});
+  EXPECT_EQ(krWithRevisionOf(old, krCard({"rev;x=y:2", "FN:Other"})), krCard({"UID:a", "FN:Ann", "rev;x=y:2"}));
+  EXPECT_EQ(krWithRevisionOf(old, krCard({"FN:Other"})), krCard({"UID:a", "FN:Ann"}));
+}
+
 }  // namespace
