@@ -34,6 +34,9 @@ struct Row {
   KRText other{};
 };
 
+/// The tables; the numbers stand in marks.
+enum class Table : uint8_t { Book = 1, Contact, Group, Member };
+
 struct Watch {
   const char* name;
   const char* event;
@@ -104,16 +107,53 @@ KRText bytesOrNothing(const KRSQLiteStatement& query, int column) {
   return query.text(column).isNothing() ? KRText() : KRText(query.bytes(column));
 }
 
-/// The sum over rows of a number and up to two texts: the order in which they are read does not count.
-uint64_t sumOf(KRSQLiteDatabase& database, std::string_view select, int64_t book, uint64_t kind) {
+/// What a row adds to the mark of its book.
+uint64_t markOf(Table table, int64_t number, KRText text, std::string_view other) {
+  const uint64_t texts = krUndoMark(markOf(text), krUndoMark(other));
+  return krUndoMark(krUndoMark(static_cast<uint64_t>(table), static_cast<uint64_t>(number)), texts);
+}
+
+/// The sum over the rows of a query: the order in which they are read does not count.
+uint64_t sumOf(KRSQLiteStatement& query, Table table) {
   uint64_t sum = 0;
+  while (query.next()) sum += markOf(table, query.number(0), query.text(1), query.bytes(2));
+  return sum;
+}
+
+uint64_t sumOf(KRSQLiteDatabase& database, std::string_view select, int64_t book, Table table) {
   KRSQLiteStatement query(database, select);
   query.bind(book);
-  while (query.next()) {
-    const uint64_t texts = krUndoMark(markOf(query.text(1)), krUndoMark(query.bytes(2)));
-    sum += krUndoMark(krUndoMark(kind, static_cast<uint64_t>(query.number(0))), texts);
+  return sumOf(query, table);
+}
+
+uint64_t sumOfContacts(KRSQLiteDatabase& database, int64_t book) {
+  return sumOf(database, "SELECT id, uid, card FROM contact WHERE book=?", book, Table::Contact);
+}
+
+/// The sum over those of the book's contacts that have these numbers.
+uint64_t sumOfContacts(KRSQLiteDatabase& database, int64_t book, const std::map<int64_t, uint64_t>& numbers) {
+  KRSQLiteStatement query(database, "SELECT id, uid, card FROM contact WHERE book=? AND id BETWEEN ? AND ?");
+  uint64_t sum = 0;
+  for (auto each = numbers.begin(); each != numbers.end();) {
+    // Contacts of one import have numbers one behind the other.
+    const int64_t first = each->first;
+    int64_t last = first;
+    for (++each; each != numbers.end() && each->first == last + 1; ++each) ++last;
+    query.bind(book).bind(first).bind(last);
+    sum += sumOf(query, Table::Contact);
   }
   return sum;
+}
+
+/// The mark of everything of a book but its contacts; nothing when there is no such book.
+std::optional<uint64_t> markOfRest(KRSQLiteDatabase& database, int64_t book) {
+  const uint64_t itself = sumOf(database, "SELECT id, uid, name FROM book WHERE id=?", book, Table::Book);
+  if (itself == 0) return std::nullopt;
+  return itself + sumOf(database, "SELECT id, uid, name FROM person_group WHERE book=?", book, Table::Group) +
+         sumOf(database,
+               "SELECT person_group, CAST(contact AS TEXT), NULL FROM membership JOIN person_group ON "
+               "person_group.id=person_group WHERE book=?",
+               book, Table::Member);
 }
 
 }  // namespace
@@ -123,8 +163,16 @@ uint64_t sumOf(KRSQLiteDatabase& database, std::string_view select, int64_t book
 KRSQLiteJournal::KRSQLiteJournal(KRSQLiteDatabase& database, int64_t book)
     : database_(database), book_(book), isOpen_(KRUndoRecorder::isOpen() && database.isOk()) {
   if (!isOpen_) return;
-  if (book_ != 0) before_ = markOf(database_, book_);
+  if (book_ != 0) {
+    before_ = markOfRest(database_, book_);
+    contacts_ = sumOfContacts(database_, book_);
+    if (before_) *before_ += contacts_;
+  }
   startWatching(database_);
+}
+
+std::optional<uint64_t> KRSQLiteJournal::before() {
+  return isOpen_ ? before_ : markOf(database_, book_);
 }
 
 KRUndoNote KRSQLiteJournal::finish(KRText ID, KRText name) {
@@ -135,9 +183,10 @@ KRUndoNote KRSQLiteJournal::finish(KRText ID, KRText name) {
   done.name = KRString(name);
   done.book = book_;
   done.before = before_;
-  done.rows = rows();
+  std::map<int64_t, uint64_t> touched;
+  done.rows = rows(touched);
   stopWatching(database_);
-  done.after = markOf(database_, book_);
+  done.after = after(touched);
   if (!database_.isOk()) return {};
   KRResult<KRUndoNote> note = KRUndoRecorder::record(KRUndoPart::kRows, done.fields());
   if (note) return *std::move(note);
@@ -145,7 +194,16 @@ KRUndoNote KRSQLiteJournal::finish(KRText ID, KRText name) {
   return {};
 }
 
-std::string KRSQLiteJournal::rows() {
+/// Contacts that were not touched are not read once more: a library of many holds much.
+std::optional<uint64_t> KRSQLiteJournal::after(const std::map<int64_t, uint64_t>& touched) const {
+  std::optional<uint64_t> mark = markOfRest(database_, book_);
+  if (!mark) return mark;
+  *mark += contacts_ + sumOfContacts(database_, book_, touched);
+  for (const auto& each : touched) *mark -= each.second;
+  return mark;
+}
+
+std::string KRSQLiteJournal::rows(std::map<int64_t, uint64_t>& touched) {
   KRUndoWriter fields;
   KRSQLiteStatement log(database_, "SELECT did, first, second, text, other FROM temp.undo_log ORDER BY step");
   // Contacts that were added one behind the other are one row.
@@ -157,6 +215,10 @@ std::string KRSQLiteJournal::rows() {
     row.second = log.number(2);
     row.text = log.text(3);
     row.other = bytesOrNothing(log, 4);
+    // The first thing that happened to a contact tells what it was before.
+    if (row.did == Did::AddContacts) touched.emplace(row.first, 0);
+    if (row.did == Did::ChangeContact || row.did == Did::RemoveContact)
+      touched.emplace(row.first, ::markOf(Table::Contact, row.first, row.text, row.other.view()));
     if (row.did == Did::AddContacts && added.did == Did::AddContacts && row.first == added.second + 1) {
       added.second = row.second;
       continue;
@@ -174,14 +236,9 @@ std::string KRSQLiteJournal::rows() {
 }
 
 std::optional<uint64_t> KRSQLiteJournal::markOf(KRSQLiteDatabase& database, int64_t book) {
-  const uint64_t itself = sumOf(database, "SELECT id, uid, name FROM book WHERE id=?", book, 1);
-  if (itself == 0) return std::nullopt;
-  return itself + sumOf(database, "SELECT id, uid, card FROM contact WHERE book=?", book, 2) +
-         sumOf(database, "SELECT id, uid, name FROM person_group WHERE book=?", book, 3) +
-         sumOf(database,
-               "SELECT person_group, CAST(contact AS TEXT), NULL FROM membership JOIN person_group ON "
-               "person_group.id=person_group WHERE book=?",
-               book, 4);
+  std::optional<uint64_t> mark = markOfRest(database, book);
+  if (mark) *mark += sumOfContacts(database, book);
+  return mark;
 }
 
 // What was taken down

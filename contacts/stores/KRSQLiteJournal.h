@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,16 +27,24 @@ class KRSQLiteJournal {
   /// Writes down what was done, before the commit. A failure is one of the database, too, and so hinders the commit.
   KRUndoNote finish(KRText ID, KRText name);
 
+  /// The mark of the book when this was made.
+  std::optional<uint64_t> before();
+
   /// A mark of everything that a book's row, contacts and groups say; nothing when there is no such book.
   static std::optional<uint64_t> markOf(KRSQLiteDatabase& database, int64_t book);
 
  private:
-  std::string rows();
+  /// What was done, as fields. `touched` gets what each contact that was touched added to the mark before, by its
+  /// number.
+  std::string rows(std::map<int64_t, uint64_t>& touched);
+  std::optional<uint64_t> after(const std::map<int64_t, uint64_t>& touched) const;
 
   KRSQLiteDatabase& database_;
   int64_t book_;
   bool isOpen_;
   std::optional<uint64_t> before_;
+  /// What the contacts are of it.
+  uint64_t contacts_ = 0;
 };
 
 /// What a journal wrote down.

@@ -241,9 +241,9 @@ class RowsStep : public KRUndoStep {
     open(database);
     {
       KRSQLiteTransaction transaction(database, KRSQLiteTransaction::Kind::Writing);
-      if (database.isOk() && !(KRSQLiteJournal::markOf(database, done_.book) == done_.after))
-        database.fail(KRErrorCode::Changed, "it has changed since that run");
       KRSQLiteJournal journal(database, done_.book);
+      if (database.isOk() && !(journal.before() == done_.after))
+        database.fail(KRErrorCode::Changed, "it has changed since that run");
       done_.putBack(database);
       KRUndoNote note = journal.finish(done_.ID, done_.name);
       if (transaction.commit()) note.keep();
