@@ -84,7 +84,7 @@ KRResult<KRUndoNote> KRDesktopJournal::note(const std::vector<std::string>& UIDs
     if (i < cards.size()) card.after = KRUndoCards::markOf(cards[i]);
     done_.cards.push_back(std::move(card));
   }
-  return KRUndoRecorder::record(KRUndoPart::kCards, done_.fields());
+  return KRUndoRecorder::record(KRUndoPart::kCards, done_.fields(), done_.changes());
 }
 
 KRDesktopJournal::Done KRDesktopJournal::settle(const std::vector<std::string>& UIDs, KRUndoNote& note) {
@@ -97,7 +97,7 @@ KRDesktopJournal::Done KRDesktopJournal::settle(const std::vector<std::string>& 
     const auto now = done.now->find(card.UID);
     if (now != done.now->end()) card.after = KRUndoCards::markOf(now->second.text);
   }
-  note.keep(KRUndoPart::kCards, done_.fields());
+  note.keep(KRUndoPart::kCards, done_.fields(), done_.changes());
   return done;
 }
 

@@ -28,7 +28,7 @@ class DesktopStep : public KRUndoStep {
     if (!book) return named(book.error());
     if ((*book)->isReadOnly()) return named({KRErrorCode::NotAllowed, "this address book can only be read"});
     KRDesktopJournal journal(**book, done_.ID, done_.name, done_.place);
-    KRResult<Cards> now = journal.read(UIDsWithout({}));
+    KRResult<Cards> now = journal.read(UIDsWithout(KRUndoStates()));
     if (!now) return named(now.error());
     KRUndoStates states = statesOf(*now);
     if (const KRResult<KRUndo::Target> same = judge(*now, states); !same) return same.error();
@@ -41,16 +41,16 @@ class DesktopStep : public KRUndoStep {
   }
 
  private:
-  std::string keyOf(const std::string& UID) const { return std::string(done_.ID.view()) + "#" + UID; }
-
   KRError named(KRError error) const {
-    return {error.code, error.sentence + " (desktop address book " + done_.called() + ")"};
+    error.sentence.append(" (desktop address book \"").append(done_.name.view()).append("\", ");
+    error.sentence.append(done_.place.view()).append(")");
+    return error;
   }
 
   std::vector<std::string> UIDsWithout(const KRUndoStates& states) const {
     std::vector<std::string> UIDs;
     for (const KRUndoCards::Card& card : done_.cards) {
-      if (states.find(keyOf(card.UID)) == states.end()) UIDs.push_back(card.UID);
+      if (states.find(done_.keyOf(card)) == states.end()) UIDs.push_back(card.UID);
     }
     return UIDs;
   }
@@ -59,7 +59,7 @@ class DesktopStep : public KRUndoStep {
     KRUndoStates states;
     for (const KRUndoCards::Card& card : done_.cards) {
       const auto found = now.find(card.UID);
-      states.emplace(keyOf(card.UID), found == now.end() ? Mark() : KRUndoCards::markOf(found->second.text));
+      states.emplace(done_.keyOf(card), found == now.end() ? Mark() : KRUndoCards::markOf(found->second.text));
     }
     return states;
   }
@@ -79,7 +79,7 @@ class DesktopStep : public KRUndoStep {
   KRResult<KRUndo::Target> judge(const Cards& now, KRUndoStates& states) {
     back_.clear();
     for (const KRUndoCards::Card& card : done_.cards) {
-      Mark& mark = states[keyOf(card.UID)];
+      Mark& mark = states[done_.keyOf(card)];
       const Mark before = card.markBefore();
       if (mark == before) continue;
       if (!(mark == card.after)) return changed(card, now);

@@ -188,7 +188,8 @@ KRUndoNote KRSQLiteJournal::finish(KRText ID, KRText name) {
   stopWatching(database_);
   done.after = after(touched);
   if (!database_.isOk()) return {};
-  KRResult<KRUndoNote> note = KRUndoRecorder::record(KRUndoPart::kRows, done.fields());
+  KRResult<KRUndoNote> note =
+      KRUndoRecorder::record(KRUndoPart::kRows, done.fields(), {{done.key(), done.before, done.after}});
   if (note) return *std::move(note);
   database_.fail(note.error().code, note.error().sentence);
   return {};
@@ -266,6 +267,10 @@ std::optional<KRUndoRows> KRUndoRows::read(std::string_view bytes) {
   done.rows = fields.bytes();
   if (!fields.isOk() || !KRUndoReader(done.rows).isOk()) return std::nullopt;
   return done;
+}
+
+std::string KRUndoRows::key() const {
+  return path + "#" + std::to_string(book);
 }
 
 size_t KRUndoRows::count() const {

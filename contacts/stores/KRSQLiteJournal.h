@@ -58,6 +58,8 @@ struct KRUndoRows {
   /// Fields, the first change first; see `KRSQLiteJournal`.
   std::string rows{};
 
+  /// Names the book among all things that can be undone.
+  std::string key() const;
   /// How many rows were changed; contacts that were added one behind the other count each.
   size_t count() const;
   std::string fields() const;

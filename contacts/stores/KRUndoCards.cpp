@@ -43,6 +43,16 @@ std::string KRUndoCards::called() const {
   return called;
 }
 
+std::string KRUndoCards::keyOf(const Card& card) const {
+  return std::string(ID.view()) + "#" + card.UID;
+}
+
+std::vector<KRUndoChange> KRUndoCards::changes() const {
+  std::vector<KRUndoChange> changes;
+  for (const Card& card : cards) changes.push_back({keyOf(card), card.markBefore(), card.after});
+  return changes;
+}
+
 std::string KRUndoCards::fields() const {
   KRUndoWriter fields;
   fields.add(ID).add(name).add(place).add(static_cast<int64_t>(cards.size()));

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "contacts/undo/KRUndoRecorder.h"
 #include "platform/KRString.h"
 
 /// What was done to cards of a book of the desktop, contacts and contact lists alike, as an undo record has it.
@@ -29,6 +30,9 @@ struct KRUndoCards {
 
   /// What people call the book: "Personal (On This Computer)".
   std::string called() const;
+  /// Names a card among all things that can be undone.
+  std::string keyOf(const Card& card) const;
+  std::vector<KRUndoChange> changes() const;
   std::string fields() const;
   static std::optional<KRUndoCards> read(std::string_view fields);
 

@@ -216,7 +216,7 @@ class RowsStep : public KRUndoStep {
   explicit RowsStep(KRUndoRows done) : done_(std::move(done)) {}
 
   KRResult<KRUndo::Target> check(KRUndoStates& states) override {
-    const std::string key = done_.path + "#" + std::to_string(done_.book);
+    const std::string key = done_.key();
     if (states.find(key) == states.end()) {
       KRSQLiteDatabase database(text(done_.path));
       open(database);

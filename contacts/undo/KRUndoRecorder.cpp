@@ -3,9 +3,12 @@
 #include <sys/stat.h>
 #include <time.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
+#include <unordered_map>
 
 #include "contacts/undo/KRUndoMark.h"
 #include "contacts/undo/KRUndoPart.h"
@@ -49,8 +52,8 @@ KRUndoNote::~KRUndoNote() {
   recorder_->takeBack(part_);
 }
 
-void KRUndoNote::keep(KRText kind, const std::string& fields) {
-  if (recorder_ != nullptr) recorder_->rewrite(part_, kind, fields);
+void KRUndoNote::keep(KRText kind, const std::string& fields, std::vector<KRUndoChange> changes) {
+  if (recorder_ != nullptr) recorder_->rewrite(part_, kind, fields, std::move(changes));
   keep();
 }
 
@@ -66,9 +69,24 @@ KRUndoRecorder::~KRUndoRecorder() {
   if (!openRecorder.compare_exchange_strong(self, nullptr)) return;
   KRFilePreferences::setObserver({});
   if (!begun_) return;
-  if (kept_ == 0) static_cast<void>(KRUndoRecords::remove(begun_->run));
+  if (endsAsItBegan()) static_cast<void>(KRUndoRecords::remove(begun_->run));
   begun_.reset();
   KRUndoRecords::prune(time(nullptr));
+}
+
+/// Also when nothing was written.
+bool KRUndoRecorder::endsAsItBegan() const {
+  struct Way {
+    std::optional<uint64_t> first;
+    std::optional<uint64_t> last;
+  };
+  std::unordered_map<std::string_view, Way> ways;
+  for (const auto& [part, changes] : kept_) {
+    for (const KRUndoChange& change : changes) {
+      ways.emplace(change.what, Way{change.before, {}}).first->second.last = change.after;
+    }
+  }
+  return std::all_of(ways.begin(), ways.end(), [](const auto& way) { return way.second.first == way.second.last; });
 }
 
 bool KRUndoRecorder::isOpen() noexcept {
@@ -100,7 +118,9 @@ void KRUndoRecorder::observePreferences() {
   KRFilePreferences::setObserver([](const KRFilePreferences::Observed& change) {
     KRUndoRecorder* recorder = openRecorder.load();
     if (recorder == nullptr || change.before.isEqual(change.after)) return;
-    KRResult<KRUndoNote> note = record(KRUndoPart::kPreference, KRUndoPreference::of(change));
+    const KRUndoChange done = {std::string(change.path.view()) + "#" + std::string(change.key.view()),
+                               KRUndoPreference::markOf(change.before), KRUndoPreference::markOf(change.after)};
+    KRResult<KRUndoNote> note = record(KRUndoPart::kPreference, KRUndoPreference::of(change), {done});
     if (note) {
       note->keep();
       return;
@@ -112,10 +132,10 @@ void KRUndoRecorder::observePreferences() {
 
 // Taking note
 
-KRResult<KRUndoNote> KRUndoRecorder::record(KRText kind, const std::string& fields) {
+KRResult<KRUndoNote> KRUndoRecorder::record(KRText kind, const std::string& fields, std::vector<KRUndoChange> changes) {
   KRUndoRecorder* recorder = openRecorder.load();
   if (recorder == nullptr) return KRUndoNote();
-  return recorder->add(kind, fields, {});
+  return recorder->add(kind, fields, {}, std::move(changes));
 }
 
 KRResult<KRUndoNote> KRUndoRecorder::recordFile(KRText path, std::string_view after, KRText lockedAt) {
@@ -150,6 +170,7 @@ KRResult<KRUndoNote> KRUndoRecorder::addFiles(KRText folder, KRText lockedAt, ui
   content.lockedAt = wholePath(lockedAt);
   content.rest = rest;
   std::vector<std::string> kept;
+  std::vector<KRUndoChange> changes;
   std::vector<KRUndoNote::Watched> watched;
   for (const File& each : files) {
     // The name of a file of a folder says where it stands, also when it is a link.
@@ -161,16 +182,18 @@ KRResult<KRUndoNote> KRUndoRecorder::addFiles(KRText folder, KRText lockedAt, ui
       file.mode = modeOf(path);
     }
     if (each.after) file.after = krUndoMark(*each.after);
+    changes.push_back({content.pathOf(file), file.before, file.after});
     content.files.push_back(std::move(file));
     kept.push_back(each.before ? path : std::string());
     watched.push_back({path, KRFileStamp::of(std::string_view(path))});
   }
-  KRResult<KRUndoNote> note = add(KRUndoPart::kFiles, content.fields(), kept);
+  KRResult<KRUndoNote> note = add(KRUndoPart::kFiles, content.fields(), kept, std::move(changes));
   if (note) note->files_ = std::move(watched);
   return note;
 }
 
-KRResult<KRUndoNote> KRUndoRecorder::add(KRText kind, const std::string& fields, const std::vector<std::string>& kept) {
+KRResult<KRUndoNote> KRUndoRecorder::add(KRText kind, const std::string& fields, const std::vector<std::string>& kept,
+                                         std::vector<KRUndoChange> changes) {
   const std::lock_guard lock(lock_);
   if (!begun_) {
     KRResult<KRUndoRecords::Begun> begun = KRUndoRecords::begin(title_, isUndo_);
@@ -179,7 +202,7 @@ KRResult<KRUndoNote> KRUndoRecorder::add(KRText kind, const std::string& fields,
   }
   ++parts_;
   if (KRResult<void> written = writePart(kind, fields, kept); !written) return named(written.error());
-  ++kept_;
+  kept_[parts_] = std::move(changes);
   KRUndoNote note;
   note.recorder_ = this;
   note.part_ = parts_;
@@ -196,16 +219,17 @@ KRResult<void> KRUndoRecorder::writePart(KRText kind, const std::string& fields,
   return KRUndoPart{parts_, std::string(kind.view()), fields}.write(begun_->run);
 }
 
-void KRUndoRecorder::rewrite(int64_t part, KRText kind, const std::string& fields) {
+void KRUndoRecorder::rewrite(int64_t part, KRText kind, const std::string& fields, std::vector<KRUndoChange> changes) {
   const std::lock_guard lock(lock_);
   const KRResult<void> written = KRUndoPart{part, std::string(kind.view()), fields}.write(begun_->run);
   if (!written) failure_ = KRString(written.error().sentence);
+  kept_[part] = std::move(changes);
 }
 
 void KRUndoRecorder::takeBack(int64_t part) {
   const std::lock_guard lock(lock_);
   std::error_code ignored;
-  if (fs::remove(begun_->run.at(part, "part"), ignored)) --kept_;
+  if (fs::remove(begun_->run.at(part, "part"), ignored)) kept_.erase(part);
   const std::string start = std::to_string(part) + ".";
   for (const auto& entry : fs::directory_iterator(begun_->run.folder, ignored)) {
     std::error_code failed;

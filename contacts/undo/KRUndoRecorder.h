@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -15,6 +16,14 @@
 
 class KRUndoRecorder;
 
+/// What a write makes of one thing: marks of its content, nothing where it is not there.
+struct KRUndoChange {
+  /// Names the thing among all others, whichever kind of part it is written in.
+  std::string what;
+  std::optional<uint64_t> before;
+  std::optional<uint64_t> after;
+};
+
 /// One write that is about to happen, as the open recorder took note of it; none when no recorder is open. Whoever
 /// writes says `keep` once what was written stands. Without that the note goes with this object, unless the files that
 /// it is about are other ones by then.
@@ -28,7 +37,7 @@ class [[nodiscard]] KRUndoNote {
   void keep() noexcept { recorder_ = nullptr; }
   /// Says better what was written, for whoever learns that only afterwards, and keeps it. When that fails, what was
   /// noted before stands, and `KRUndoRecorder::failure` tells.
-  void keep(KRText kind, const std::string& fields);
+  void keep(KRText kind, const std::string& fields, std::vector<KRUndoChange> changes);
 
  private:
   friend class KRUndoRecorder;
@@ -44,7 +53,8 @@ class [[nodiscard]] KRUndoNote {
 
 /// Keeps an undo record of everything of the user's that is written while it is open: books, the trash, the lists and
 /// preferences. A host opens one for a run, before the run writes anything; it ends with the object. A run that writes
-/// nothing leaves no record.
+/// nothing leaves no record, nor does one that leaves everything as it found it, as one that failed and took back what
+/// it had written.
 ///
 ///     const KRUndoRecorder recorder("import phone.vcf --into Family");
 ///
@@ -96,17 +106,20 @@ class KRUndoRecorder {
   /// Files of a folder that are to be replaced, made or removed; `rest` is the mark of all other files that count
   /// there: the sum over them of `krUndoMark(krUndoMark(name), krUndoMark(content))`.
   static KRResult<KRUndoNote> recordFiles(KRText folder, uint64_t rest, const std::vector<File>& files);
-  /// Any other write; the fields are what the one of that kind who puts it back understands.
-  static KRResult<KRUndoNote> record(KRText kind, const std::string& fields);
+  /// Any other write; the fields are what the one of that kind who puts it back understands, `changes` is everything
+  /// that it changes.
+  static KRResult<KRUndoNote> record(KRText kind, const std::string& fields, std::vector<KRUndoChange> changes);
 
  private:
   friend class KRUndoNote;
 
-  KRResult<KRUndoNote> add(KRText kind, const std::string& fields, const std::vector<std::string>& kept);
+  KRResult<KRUndoNote> add(KRText kind, const std::string& fields, const std::vector<std::string>& kept,
+                           std::vector<KRUndoChange> changes);
   KRResult<void> writePart(KRText kind, const std::string& fields, const std::vector<std::string>& kept);
   KRResult<KRUndoNote> addFile(KRText path, std::optional<std::string_view> after, KRText lockedAt);
   KRResult<KRUndoNote> addFiles(KRText folder, KRText lockedAt, uint64_t rest, const std::vector<File>& files);
-  void rewrite(int64_t part, KRText kind, const std::string& fields);
+  void rewrite(int64_t part, KRText kind, const std::string& fields, std::vector<KRUndoChange> changes);
+  bool endsAsItBegan() const;
   void takeBack(int64_t part);
   void observePreferences();
 
@@ -116,6 +129,7 @@ class KRUndoRecorder {
   /// Made with the first part.
   std::optional<KRUndoRecords::Begun> begun_;
   int64_t parts_ = 0;
-  size_t kept_ = 0;
+  /// What the parts change that are kept.
+  std::map<int64_t, std::vector<KRUndoChange>> kept_;
   KRString failure_;
 };

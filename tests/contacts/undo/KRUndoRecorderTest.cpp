@@ -1,0 +1,110 @@
+#include "contacts/undo/KRUndoRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "contacts/undo/KRUndoPart.h"
+#include "contacts/undo/KRUndoRecords.h"
+#include "platform/KRFile.h"
+#include "tests/contacts/KRTrashSetting.h"
+
+namespace {
+
+class KRUndoRecorderTest : public KRTrashSetting {
+ protected:
+  /// Writes the file as those do who keep a user's data.
+  void put(const std::string& name, std::string_view content) const {
+    const std::string path = folder_.at(name);
+    KRResult<KRUndoNote> note = KRUndoRecorder::recordFile(std::string_view(path), content);
+    ASSERT_TRUE(note);
+    ASSERT_TRUE(KRFile::write(std::string_view(path), content));
+    note->keep();
+  }
+  void remove(const std::string& name) const {
+    const std::string path = folder_.at(name);
+    KRResult<KRUndoNote> note = KRUndoRecorder::recordRemoval(std::string_view(path));
+    ASSERT_TRUE(note);
+    ASSERT_TRUE(KRFile::remove(std::string_view(path)));
+    note->keep();
+  }
+  /// How many parts the record of a run has; nothing when there is no record.
+  static std::optional<size_t> partsOf(const std::function<void()>& run) {
+    {
+      const KRUndoRecorder recorder("run");
+      run();
+    }
+    const auto runs = KRUndoRecords::all().value();
+    if (runs.empty()) return std::nullopt;
+    const size_t parts = runs.front().parts.size();
+    EXPECT_TRUE(KRUndoRecords::remove(runs.front()));
+    return parts;
+  }
+};
+
+TEST_F(KRUndoRecorderTest, KeepsARecordOfWhatIsOtherThanBefore) {
+  EXPECT_EQ(partsOf([&] { put("a", "one"); }), 1U);
+  EXPECT_EQ(partsOf([&] {
+              put("a", "two");
+              put("a", "three");
+            }),
+            2U);
+  EXPECT_EQ(partsOf([&] { remove("a"); }), 1U);
+}
+
+TEST_F(KRUndoRecorderTest, KeepsNoneOfARunThatEndsAsItBegan) {
+  folder_.put("a", "one");
+  EXPECT_FALSE(partsOf([] {}));
+  EXPECT_FALSE(partsOf([&] { put("a", "one"); }));
+  EXPECT_FALSE(partsOf([&] {
+    put("a", "two");
+    put("a", "one");
+  }));
+  EXPECT_FALSE(partsOf([&] {
+    put("new", "two");
+    put("a", "two");
+    put("a", "three");
+    remove("new");
+    put("a", "one");
+  }));
+}
+
+TEST_F(KRUndoRecorderTest, KeepsAllOfARunOfWhichSomethingStands) {
+  folder_.put("a", "one");
+  EXPECT_EQ(partsOf([&] {
+              put("a", "two");
+              put("new", "");
+              put("a", "one");
+            }),
+            3U);
+}
+
+TEST_F(KRUndoRecorderTest, KeepsNoneOfWritesThatWereGivenUp) {
+  folder_.put("a", "one");
+  EXPECT_FALSE(partsOf([&] {
+    const std::string path = folder_.at("a");
+    const auto note = KRUndoRecorder::recordFile(std::string_view(path), "two");
+    EXPECT_TRUE(note);
+  }));
+}
+
+TEST_F(KRUndoRecorderTest, WhatIsLearntAfterTheWriteCounts) {
+  const auto said = [](std::optional<uint64_t> after) {
+    KRResult<KRUndoNote> note = KRUndoRecorder::record(KRUndoPart::kCards, "before", {{"card", 1, 2}});
+    ASSERT_TRUE(note);
+    note->keep(KRUndoPart::kCards, "after", {{"card", 1, after}});
+  };
+  EXPECT_FALSE(partsOf([&] { said(1); }));
+  {
+    const KRUndoRecorder recorder("run");
+    said(3);
+  }
+  const auto runs = KRUndoRecords::all().value();
+  ASSERT_EQ(runs.size(), 1U);
+  const auto part = KRUndoPart::read(runs.front(), 1);
+  ASSERT_TRUE(part);
+  EXPECT_EQ(part->fields, "after");
+}
+
+}  // namespace
