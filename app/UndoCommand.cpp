@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <string>
 
 #include "app/DisplayText.h"
@@ -77,12 +78,20 @@ int UndoCommand::run(Terminal& terminal) {
     undo(terminal, runs.front());
     return ExitCode::Done;
   }
-  const auto run = std::find_if(runs.begin(), runs.end(), [&](const Run& each) { return each.number == wanted_; });
-  if (run == runs.end()) {
-    throw Unusable("there is no run " + std::to_string(wanted_) + " to undo; \"krcontacts undo --list\" shows those");
-  }
-  undo(terminal, *run);
+  undo(terminal, wantedRun(runs));
   return ExitCode::Done;
+}
+
+const UndoCommand::Run& UndoCommand::wantedRun(const std::vector<Run>& runs) const {
+  const std::string list = "; \"krcontacts undo --list\" shows those that there are";
+  const bool isNumber = !wanted_.empty() && std::all_of(wanted_.begin(), wanted_.end(),
+                                                        [](char each) { return each >= '0' && each <= '9'; });
+  if (!isNumber) throw Unusable("\"" + shownText(wanted_) + "\" is not the number of a run" + list);
+  int64_t number = 0;
+  const bool isSmall = std::from_chars(wanted_.data(), wanted_.data() + wanted_.size(), number).ec == std::errc();
+  const auto run = std::find_if(runs.begin(), runs.end(), [&](const Run& each) { return each.number == number; });
+  if (!isSmall || run == runs.end()) throw Unusable("there is no run " + wanted_ + " to undo" + list);
+  return *run;
 }
 
 void UndoCommand::list(Terminal& terminal, const std::vector<Run>& runs) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <string>
 #include <vector>
 
 #include "app/Command.h"
@@ -18,6 +18,8 @@ class UndoCommand : public Command {
   using Run = KRUndoRecords::Run;
   using Targets = std::vector<KRUndo::Target>;
 
+  /// The run of the number that was asked for.
+  const Run& wantedRun(const std::vector<Run>& runs) const;
   void list(Terminal& terminal, const std::vector<Run>& runs) const;
   void undo(Terminal& terminal, const Run& run) const;
   void print(Terminal& terminal, const Run& run, const Targets& targets) const;
@@ -25,7 +27,7 @@ class UndoCommand : public Command {
 
   CLI::App* words_;
   CLI::Option* number_;
-  int64_t wanted_ = 0;
+  std::string wanted_;
   bool list_ = false;
   bool dryRun_ = false;
   bool json_ = false;

@@ -2,9 +2,11 @@
 """Undo: what a run changed goes back to how it was before, in files, folders, libraries, the trash and settings."""
 import json
 import os
+import resource
 import shutil
 import sqlite3
 import stat
+import subprocess
 
 import host
 import schema
@@ -346,6 +348,21 @@ class Undo(host.HostTest):
         self.run_host("import", self.write("in.vcf", CIM), "--into", "nowhere", code=2)
         self.assertEqual(titles, self.titles())
 
+    def test_a_run_that_fails_and_takes_back_what_it_wrote_leaves_no_record(self):
+        book = self.file_book(ANN + BOB + host.card("N:;Dot;;;", f"NOTE:{'x' * 200000}", "UID:dot"))
+        self.put(BOB.replace("TEL:2", "TEL:22"), book)
+        before, titles = self.kept(), self.titles()
+        self.write("in.vcf", NEW_ANN)
+        # The trash can be written, the book is too large.
+        failed = subprocess.run([host.PROGRAM, "import", "in.vcf", "--into", book.name, "--existing", "update"],
+                                capture_output=True, cwd=self.folder, env=self.environment(), restore_signals=False,
+                                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (100000, 100000)))
+        self.assertEqual(2, failed.returncode, failed.stderr)
+        self.assertIn(b"friends.vcf", failed.stderr)
+        self.assertEqual(before, self.kept())
+        self.assertEqual(titles, self.titles())
+        self.assertEqual(len(titles), len(self.records()))
+
     def test_a_dry_run_changes_nothing(self):
         book = self.file_book()
         self.put(NEW_ANN, book)
@@ -377,7 +394,20 @@ class Undo(host.HostTest):
         self.assertIn("nothing to undo", self.run_host("undo", "--list").out)
         self.assertEqual([], self.titles())
         self.assertIn("no run 7", self.run_host("undo", "7", code=2).err)
-        self.run_host("undo", "x", code=2)
+
+    def test_what_names_no_run_is_told_in_one_line(self):
+        book = self.file_book()
+        self.put(CIM, book)
+        before = book.read_bytes()
+        for word, said in (("x", '"x" is not the number of a run'), ("", '"" is not the number'), ("1.5", '"1.5" is not'),
+                           ("+1", '"+1" is not'), ("0", "no run 0"), ("99", "no run 99"), ("9" * 30, f"no run {'9' * 30}"),
+                           (str(2 ** 64 + 1), "no run 1844"), ("-1", "-1"), ("x\ny", "is not the number")):
+            err = self.run_host("undo", word, code=2).err
+            self.assertIn(said, err)
+            self.assertEqual(1, err.count("\n"), err)
+            self.assertTrue(err.startswith("krcontacts: "), err)
+        self.assertEqual(before, book.read_bytes())
+        self.run_host("undo", "2")
 
     def test_twenty_records_are_kept(self):
         for i in range(25):
