@@ -359,8 +359,9 @@ changed. A second undo does the run again.
 
 Nothing is touched when one of them has changed since that run; then undo first
 what was run after it. Files come back byte for byte. Of settings only what the
-run itself changed is put back. A run that wrote to one of the desktop's own
-books cannot be undone; what it deleted is in the trash.
+run itself changed is put back, and of the desktop's own books only the contacts
+and lists that it wrote; their time of change is new. RUN may be one that failed
+or was stopped. One that left everything as it was is not in the list.
 
 The last run can always be undone; the 19 before it within 30 days, as long as
 what is kept for it holds less than 1 GiB. It is kept in the folder "undo"
