@@ -17,6 +17,8 @@ constexpr size_t kLargestPicture = size_t{16} << 20U;
 constexpr std::string_view kFileScheme = "file://";
 /// What the paths of the service's own files have in them.
 constexpr std::string_view kOwnFolder = "/evolution/addressbook/";
+/// The folder beside each of its books that holds pictures and nothing else.
+constexpr std::string_view kPictures = "/photos/";
 
 bool isNamed(const KRVCardLine& line, std::string_view name) {
   return krEqualsIgnoringCase(line.name, name);
@@ -29,6 +31,12 @@ bool isOwnFile(std::string_view path) {
          path.find("/../") == std::string_view::npos && KRFile::kind(path) == KRFile::Kind::Regular;
 }
 
+/// Whether the file of the service is a picture of a contact, of whatever format. Elsewhere than among its pictures,
+/// where whole address books stand too, it must be one that is known.
+bool isPictureFile(std::string_view path, std::string_view content) {
+  return path.substr(0, path.rfind('/') + 1).ends_with(kPictures) || krIsPicture(content);
+}
+
 /// The line with the picture itself where it names a file that holds one; empty when it does not.
 std::string withPicture(const KRVCardLine& line) {
   if (!krStartsIgnoringCase(line.value, kFileScheme)) return {};
@@ -36,7 +44,7 @@ std::string withPicture(const KRVCardLine& line) {
   const std::string_view path(decoded);
   if (!isOwnFile(path)) return {};
   const KRResult<KRBuffer> file = KRFile::read(path);
-  if (!file || file->view().size() > kLargestPicture || !krIsPicture(file->view())) return {};
+  if (!file || file->view().size() > kLargestPicture || !isPictureFile(path, file->view())) return {};
   KRDesktopLine written(line);
   written.removeParameter("VALUE");
   written.parameters.emplace_back("ENCODING=b");

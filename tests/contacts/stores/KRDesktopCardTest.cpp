@@ -51,6 +51,24 @@ TEST(KRDesktopCardTest, PutsAPictureOfAFileIntoTheCard) {
   EXPECT_EQ(read(krCard({"UID:a", "LOGO;VALUE=uri:" + file})).text.find("file:"), std::string::npos);
 }
 
+TEST(KRDesktopCardTest, OfTheServicesFilesThoseAmongItsPicturesArePicturesOfAnyFormat) {
+  const KRTestFolder folder;
+  const std::string book = folder.at("evolution/addressbook/system");
+  const std::string content = "a format that nobody here knows";
+  std::filesystem::create_directories(book + "/photos");
+  folder.put("evolution/addressbook/system/photos/ann", content);
+  folder.put("evolution/addressbook/system/contacts.db", content);
+  const auto cardWith = [&](const std::string& path) {
+    return krCard({"UID:a", "FN:Ann", "PHOTO;VALUE=uri:file://" + book + path});
+  };
+  const auto person = ABPerson::initWithVCardRepresentation(krPath(read(cardWith("/photos/ann")).text));
+  ASSERT_TRUE(person->imageData());
+  EXPECT_EQ(person->imageData()->bytes(), content);
+  for (const char* path : {"/contacts.db", "/photos/../contacts.db", "/photos"}) {
+    EXPECT_EQ(read(cardWith(path)).text, cardWith(path));
+  }
+}
+
 TEST(KRDesktopCardTest, LeavesThePlaceOfAPictureThatIsNotTheServicesOwn) {
   const KRTestFolder folder;
   folder.put("text.png", "no picture at all");
