@@ -31,11 +31,17 @@ foreach(folder IN LISTS KR_TEST_FOLDERS)
     continue()
   endif()
   if(folder STREQUAL "desktop")
-    # These talk to the real service through the plug-in, and so exist only with it. They pass the suite of all stores.
+    # These talk to the real service through the plug-in, and so exist only with it. They pass the suites of all
+    # stores: that of the stores themselves, and those of the handles.
     if(NOT KR_HAS_DESKTOP_PLUGIN)
       continue()
     endif()
-    list(APPEND sources "${PROJECT_SOURCE_DIR}/tests/contacts/stores/KRBookStoreTest.cpp")
+    file(GLOB on_books CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/handles/*OnBooksTest.cpp"
+         "${PROJECT_SOURCE_DIR}/tests/handles/KRMergeLosesNothingTest.cpp")
+    list(APPEND sources ${on_books} "${PROJECT_SOURCE_DIR}/tests/contacts/stores/KRBookStoreTest.cpp")
+  endif()
+  if(folder STREQUAL "handles")
+    list(APPEND sources "${PROJECT_SOURCE_DIR}/tests/contacts/stores/StoreKinds.cpp")
   endif()
   add_executable(tests_${folder} ${sources} ${KR_TESTED_SOURCES_${folder}})
   kr_compile_options(tests_${folder})

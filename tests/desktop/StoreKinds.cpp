@@ -20,6 +20,6 @@ void makeBook(const KRTestFolder& folder) {
 
 const std::vector<KRStoreKind>& krStoreKinds() {
   static const auto* kinds =
-      new std::vector<KRStoreKind>{{"desktop", makeBook, openBook, true, true, false, "On This Computer"}};
+      new std::vector<KRStoreKind>{{"desktop", makeBook, openBook, true, true, false, "On This Computer", true, false}};
   return *kinds;
 }

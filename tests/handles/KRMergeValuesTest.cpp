@@ -4,8 +4,10 @@
 #include <random>
 #include <string>
 
+#include "contacts/KRTrashAddressBook.h"
 #include "contacts/model/KRObjectAddress.h"
 #include "contacts/model/KRObjectInstantMessage.h"
+#include "contacts/model/KRSaveScope.h"
 #include "handles/KRIssueHandle.h"
 #include "tests/support/KRFindings.h"
 #include "tests/support/KRPersonSketch.h"
@@ -319,6 +321,20 @@ TEST(KRMergeValues, ManyEntriesTakeTimeInStepWithTheirNumber) {
     // Sixteen times as many: in linear time some 16 times as long, with every entry compared with each other 256.
     EXPECT_LT(many, 100 * std::max(few, 1e-4));
   }
+}
+
+TEST(KRMerge, WithoutABookThePersonsStillGoToTheTrash) {
+  KRTrashAddressBook* trash = KRTrashAddressBook::ShareTrashAddressBook();
+  trash->clear();
+  const KRSaveScope unwritten;
+  const auto finding = krFinding({krNamed("Ann"), krNamed("Ann")});
+  const auto merge = KRIssueHandle::issueHandleWithName(KRHandleNameMergeContact);
+  EXPECT_FALSE(merge->indirectFix(finding.get()));
+  EXPECT_FALSE(merge->indirectFix(nullptr));
+  merge->fix(finding.get());
+  merge->fix(nullptr);
+  EXPECT_EQ(trash->allPersonsCount(), 2U);
+  trash->clear();
 }
 
 }  // namespace

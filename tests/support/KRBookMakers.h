@@ -1,45 +1,39 @@
 #pragma once
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "contacts/model/KRAddressBook.h"
 #include "contacts/stores/KRSQLiteLibrary.h"
-#include "contacts/vcard/KRVCardReader.h"
-#include "contacts/vcard/KRVCardWriter.h"
+#include "tests/contacts/stores/StoreSamples.h"
 #include "tests/support/KRTestFolder.h"
 
 /// A kind of address book, for tests of rules that hold for all of them.
 struct KRBookMaker {
-  const char* name;
-  /// Opens the book that is kept in the folder: the first time it is empty, later it has what was saved.
-  KRRef<KRAddressBook> (*open)(const KRTestFolder& folder);
+  std::string name;
+  /// Makes an empty book in a new folder, before it is first opened.
+  std::function<void(const KRTestFolder& folder)> make;
+  /// Opens the book that is kept in the folder, with what was saved.
+  std::function<KRRef<KRAddressBook>(const KRTestFolder& folder)> open;
   /// False for a book that is gone with its memory.
   bool keeps;
+  /// Whether contacts stand in the same order when the book is opened again; else in that of their identifiers.
+  bool keepsOrder;
 
   friend std::ostream& operator<<(std::ostream& out, const KRBookMaker& maker) { return out << maker.name; }
 };
 
-/// A book that keeps its persons as cards in one file, by nothing but the reader and the writer of cards.
-class KRCardsBook : public KRAddressBook {
- public:
-  explicit KRCardsBook(const KRTestFolder& folder)
-      : KRAddressBook("cards"_kr, "Cards"_kr), path_(folder.at("cards.vcf")) {
-    KRVCardReader::read(KRTestFolder::contentOf(path_), *this);
-  }
+/// The books of a kind of store.
+inline KRBookMaker krBookMaker(const KRStoreKind& kind) {
+  return {kind.name, kind.make,
+          [kind](const KRTestFolder& folder) { return KRRef<KRAddressBook>(kind.opened(folder)); }, true,
+          kind.keepsOrder};
+}
 
-  KRResult<void> saveNow() override {
-    std::string cards;
-    const KRVCardWriter writer(KRVCardVersion::V30);
-    for (const IKRPerson& person : allPersons()) writer.write(person, cards);
-    std::ofstream(path_, std::ios::binary) << cards;
-    return {};
-  }
-
- private:
-  const std::string path_;
-};
+/// The kinds of books that this test program can make: `BookMakers.cpp` beside its tests.
+const std::vector<KRBookMaker>& krBookMakers();
 
 /// The one book of a library in the folder.
 inline KRRef<KRAddressBook> krLibraryBook(const KRTestFolder& folder) {
@@ -50,15 +44,4 @@ inline KRRef<KRAddressBook> krLibraryBook(const KRTestFolder& folder) {
   if (!books) return {};
   const auto book = books->empty() ? (*library)->addBook("Book") : (*library)->book(books->front().ID);
   return book ? KRRef<KRAddressBook>(*book) : KRRef<KRAddressBook>();
-}
-
-inline const std::vector<KRBookMaker>& krBookMakers() {
-  static const std::vector<KRBookMaker>& makers = *new std::vector<KRBookMaker>{
-      {"Memory",
-       [](const KRTestFolder&) -> KRRef<KRAddressBook> { return krMake<KRAddressBook>("memory"_kr, "Memory"_kr); },
-       false},
-      {"Cards", [](const KRTestFolder& folder) -> KRRef<KRAddressBook> { return krMake<KRCardsBook>(folder); }, true},
-      {"SQLite", krLibraryBook, true},
-  };
-  return makers;
 }

@@ -57,7 +57,7 @@ const std::vector<KRStoreKind>& krStoreKinds() {
   static const auto* kinds = new std::vector<KRStoreKind>{
       {"sqlite", makeLibrary, openLibrary, true, true},
       {"vcard", makeFile, openFile, false, true, true, nullptr, false},
-      {"folder", makeFolder, openFolder, true, true, true, nullptr, false},
+      {"folder", makeFolder, openFolder, true, true, true, nullptr, false, false},
   };
   return *kinds;
 }

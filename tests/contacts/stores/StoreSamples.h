@@ -33,6 +33,9 @@ struct KRStoreKind {
   const char* place = nullptr;
   /// Whether contacts are counted without reading them.
   bool canCount = true;
+  /// Whether new contacts stand behind the others when the book is opened again; else all stand in the order of their
+  /// identifiers.
+  bool keepsOrder = true;
 
   std::string placeIn(const KRTestFolder& folder) const { return place == nullptr ? folder.path() : place; }
   KRRef<KRStoredBook> opened(const KRTestFolder& folder) const {
