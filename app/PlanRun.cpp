@@ -16,9 +16,27 @@ std::string infoOf(const KRIssueObject& finding) {
   return info.isNothing() ? std::string() : std::string(info.description().view());
 }
 
-std::vector<PlanRun::Group> groupsOf(const Plan& plan) {
+/// Everything that makes a fix what it is. Where no values are set, the order of the contacts tells nothing new.
+std::string contentOf(const Plan::Fix& fix) {
+  std::vector<std::vector<std::string>> persons;
+  for (const Plan::Person& person : fix.persons) persons.push_back({person.ID, person.digest});
+  if (fix.values.is_null()) std::sort(persons.begin(), persons.end());
+  return nlohmann::json{std::string(fix.choice.issue->name().view()), std::string(fix.choice.handle->name().view()),
+                        fix.info, persons, fix.values}
+      .dump();
+}
+
+std::vector<bool> repeatedIn(const Plan& plan) {
+  std::vector<bool> isRepeated;
+  std::unordered_set<std::string> known;
+  for (const Plan::Fix& fix : plan.fixes) isRepeated.push_back(!known.insert(contentOf(fix)).second);
+  return isRepeated;
+}
+
+std::vector<PlanRun::Group> groupsOf(const Plan& plan, const std::vector<bool>& isRepeated) {
   std::vector<PlanRun::Group> groups;
   for (size_t i = 0; i < plan.fixes.size(); ++i) {
+    if (isRepeated[i]) continue;
     const FixChoice& choice = plan.fixes[i].choice;
     const auto known = std::find_if(groups.begin(), groups.end(), [&](const PlanRun::Group& each) {
       return each.choice.issue == choice.issue && sameText(each.choice.handle->name(), choice.handle->name());
@@ -44,15 +62,21 @@ KRStringList issuesOf(const std::vector<PlanRun::Group>& groups) {
 }  // namespace
 
 PlanRun::PlanRun(const Plan& plan, const std::string& file, FixRun& run)
-    : plan_(plan), run_(run), groups_(groupsOf(plan)) {
+    : plan_(plan),
+      run_(run),
+      isRepeated_(repeatedIn(plan)),
+      groups_(groupsOf(plan, isRepeated_)),
+      settled_(static_cast<size_t>(std::count(isRepeated_.begin(), isRepeated_.end(), true))) {
   run.scan(issuesOf(groups_), PersonFilter());
   for (IKRPerson& person : run.book().allPersons()) {
     persons_.emplace(person.ID().view(), KRRef<IKRPerson>(&person));
   }
   std::string first;
   size_t others = 0;
-  for (const Plan::Fix& fix : plan.fixes) {
-    const std::string wrong = lookUp(fix);
+  for (size_t i = 0; i < plan.fixes.size(); ++i) {
+    const Plan::Fix& fix = plan.fixes[i];
+    const std::string wrong = isRepeated_[i] ? std::string() : lookUp(fix);
+    if (isRepeated_[i]) findings_.emplace_back();
     if (wrong.empty()) continue;
     if (!first.empty()) ++others;
     if (first.empty()) first = fix.place + ": " + wrong;

@@ -22,13 +22,13 @@ class PlanRun {
   /// there any more; nothing is changed then.
   PlanRun(const Plan& plan, const std::string& file, FixRun& run);
 
-  /// The groups in the order in which the plan first has one of each.
+  /// The groups in the order in which the plan first has one of each; a fix that the plan names again is in none.
   const std::vector<Group>& groups() const noexcept { return groups_; }
   /// The finding of the group's first fix.
   KRIssueObject* first(const Group& group) const { return findings_[group.fixes.front()].get(); }
   /// Applies the fixes of a group, in memory. A fix whose finding an earlier one has settled is passed over.
   FixAccount apply(const Group& group, const FixRun::Observer& observer);
-  /// How many were passed over so far.
+  /// How many were passed over so far; those that the plan names again are from the start.
   size_t settled() const noexcept { return settled_; }
 
  private:
@@ -38,10 +38,12 @@ class PlanRun {
 
   const Plan& plan_;
   FixRun& run_;
+  /// Whether each fix is one that stands in front of it already.
+  std::vector<bool> isRepeated_;
   std::unordered_map<std::string, KRRef<IKRPerson>> persons_;
   std::unordered_map<const IKRPerson*, std::string> digests_;
   std::unordered_set<const KRIssueObject*> used_;
-  /// The finding of each fix.
+  /// The finding of each fix; nothing for one that is repeated.
   std::vector<KRRef<KRIssueObject>> findings_;
   std::vector<Group> groups_;
   size_t settled_ = 0;

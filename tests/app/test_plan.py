@@ -78,6 +78,40 @@ class Plan(host.HostTest):
         self.assertEqual([], self.trash())
         self.assertEqual("MaryJane", self.persons()["bell"]["values"]["name"]["value"]["first"])
 
+    def test_a_fix_that_is_named_twice_is_done_and_counted_once(self):
+        plan = self.plan("first-name-spacing=remove-space", "exact-duplicates=delete-duplicates")
+        space, twins = plan["fixes"]
+        turned = json.loads(json.dumps(twins))
+        turned["persons"].reverse()
+        plan["fixes"] = [space, twins, space, turned]
+        dry = self.apply(plan, "--dry-run").out
+        self.assertEqual(1, dry.count("MaryJane"))
+        out = self.apply(plan).out
+        self.assertIn("1 finding fixed; 1 contact changed", out)
+        self.assertNotIn("2 findings", out)
+        self.assertIn("2 fixes of the plan were settled by others before", out)
+        # Of two in another order the first one counts.
+        self.assertEqual(["o2"], self.trash())
+        self.assertEqual("MaryJane", self.persons()["bell"]["values"]["name"]["value"]["first"])
+
+    def test_new_values_of_one_finding_may_stand_in_two_fixes(self):
+        plan = self.plan("invalid-characters=edit")
+        other = json.loads(json.dumps(plan["fixes"][0]))
+        plan["fixes"][0]["values"] = {"phone": ["1234", "56"]}
+        other["values"] = {"nickname": "Chuck"}
+        plan["fixes"].append(other)
+        self.apply(plan)
+        values = self.persons()["carl"]["values"]
+        self.assertEqual(["1234", "56"], [entry["value"] for entry in values["phone"]])
+        self.assertEqual("Chuck", values["nickname"]["value"])
+
+    def test_a_copy_of_a_fix_with_a_stale_digest_is_refused(self):
+        plan = self.plan("first-name-spacing=remove-space")
+        copy = json.loads(json.dumps(plan["fixes"][0]))
+        copy["persons"][0]["digest"] = "0" * 64
+        plan["fixes"].append(copy)
+        self.refused(plan, "/fixes/1", '"bell" has changed')
+
     def test_a_contact_that_was_taken_out_of_a_group_stays(self):
         plan = self.plan("duplicate-names=merge")
         (group,) = [fix for fix in plan["fixes"] if len(fix["persons"]) == 3]
