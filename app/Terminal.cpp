@@ -32,15 +32,19 @@ bool isTerminal(int descriptor) {
 }
 
 /// What the terminal, else the environment says of a side of the screen.
-size_t cells(unsigned short winsize::*side, const char* variable, size_t fallback) {
+size_t cells(int descriptor, unsigned short winsize::*side, const char* variable, size_t fallback) {
   winsize size{};
-  if (::isatty(STDOUT_FILENO) == 1 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.*side > 0) {
+  if (::isatty(descriptor) == 1 && ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.*side > 0) {
     return size.*side;
   }
   const std::string_view text = environment(variable);
   size_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   return error == std::errc() && end == text.data() + text.size() && value > 0 ? value : fallback;
+}
+
+size_t lineWidth(int descriptor) {
+  return std::clamp<size_t>(cells(descriptor, &winsize::ws_col, "COLUMNS", kFallbackWidth), 40, 120);
 }
 
 std::string_view sequence(Style style) {
@@ -66,8 +70,8 @@ std::string_view sequence(Style style) {
 Terminal::Terminal()
     : out_(STDOUT_FILENO),
       progress_(STDERR_FILENO, isTerminal(STDERR_FILENO) && !isDumb()),
-      width_(std::clamp<size_t>(cells(&winsize::ws_col, "COLUMNS", kFallbackWidth), 40, 120)),
-      height_(std::clamp<size_t>(cells(&winsize::ws_row, "LINES", kFallbackHeight), 12, 200)),
+      width_(lineWidth(STDOUT_FILENO)),
+      height_(std::clamp<size_t>(cells(STDOUT_FILENO, &winsize::ws_row, "LINES", kFallbackHeight), 12, 200)),
       hasScreen_(isTerminal(STDOUT_FILENO) && !isDumb()),
       colours_(isTerminal(STDOUT_FILENO) && environment("NO_COLOR").empty() && !isDumb()) {}
 
@@ -108,5 +112,15 @@ void Terminal::line(std::string_view text) {
 
 void Terminal::say(std::string_view line) {
   progress_.clear();
-  writeAll(STDERR_FILENO, "krcontacts: " + shownText(line) + "\n");
+  const std::string whole = "krcontacts: " + shownText(line);
+  if (!isTerminal(STDERR_FILENO)) {
+    writeAll(STDERR_FILENO, whole + "\n");
+    return;
+  }
+  constexpr std::string_view kHanging = "  ";
+  std::string text;
+  for (const std::string& each : wrappedText(whole, lineWidth(STDERR_FILENO) - kHanging.size())) {
+    text.append(text.empty() ? "" : kHanging).append(each).append("\n");
+  }
+  writeAll(STDERR_FILENO, text);
 }

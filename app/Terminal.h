@@ -47,7 +47,7 @@ class Terminal {
   void paragraph(std::string_view text, Style style = Style::Plain, size_t indent = 0, size_t hanging = 0);
   void line(std::string_view text = {});
 
-  /// One line to standard error, after the program's name; control characters in it are escaped.
+  /// To standard error, after the program's name and escaped: one line, on a terminal broken at words to its width.
   void say(std::string_view line);
 
  private:

@@ -7,6 +7,7 @@
 #include "app/Unusable.h"
 #include "contacts/KRTrashAddressBookID.h"
 #include "contacts/stores/KRAddedBooks.h"
+#include "platform/KRFile.h"
 #include "platform/KRMainQueue.h"
 
 namespace {
@@ -28,6 +29,21 @@ KRRef<KRAddressBook> defaultBook(Terminal& terminal) {
         "add --new NAME\" makes one");
   }
   return KRRef<KRAddressBook>(manager.defaultAddressBook());
+}
+
+/// Whether the word reads like the path of a file rather than like the name of a book.
+bool isLikePath(const std::string& word) {
+  const std::string extension = std::filesystem::path(word).extension().string();
+  return word.find('/') != std::string::npos || (extension.size() > 2 && extension.find(' ') == std::string::npos);
+}
+
+/// Why the word calls no book.
+std::string missing(const std::string& word) {
+  if (KRFile::kind(std::string_view(word)) != KRFile::Kind::Missing) {
+    return word + ": this is none of your books; \"krcontacts books add\" adds what is at a path";
+  }
+  if (isLikePath(word)) return word + ": there is no such file, and no book of that name";
+  return "there is no book \"" + word + "\"; \"krcontacts books\" shows those there are";
 }
 
 }  // namespace
@@ -62,7 +78,7 @@ KRAddressBook* UserBooks::find(const std::string& word, Terminal& terminal) {
 
 KRRef<KRAddressBook> UserBooks::get(const std::string& word, Terminal& terminal) {
   KRAddressBook* book = find(word, terminal);
-  if (book == nullptr) throw Unusable("there is no book \"" + word + "\"; \"krcontacts books\" shows those there are");
+  if (book == nullptr) throw Unusable(missing(word));
   return KRRef<KRAddressBook>(book);
 }
 

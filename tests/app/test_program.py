@@ -67,6 +67,37 @@ class Program(host.HostTest):
             self.assertTrue(result.err.startswith("krcontacts: "), result.err)
             self.assertEqual(1, result.err.count("\n"))
 
+    def test_what_is_not_there_is_named(self):
+        self.run_host("books", "add", "--new", "Family")
+        book = self.write("a.vcf", BOOK)
+        for words in (["fix", "nothere.vcf", "--apply", "blank-name=delete-contact"], ["merge", "nothere.vcf", "a", "b"],
+                      ["plan", "nothere.vcf", "--apply", "blank-name=delete-contact"],
+                      ["import", book, "--into", "nothere.vcf"]):
+            result = self.run_host(*words, code=2)
+            self.assertEqual("krcontacts: nothere.vcf: there is no such file, and no book of that name\n", result.err, words)
+        result = self.run_host("fix", "no/folder", "--apply", "blank-name=delete-contact", code=2)
+        self.assertIn("no/folder: there is no such file", result.err)
+        # A name is a name, and what is there is no book by that alone.
+        self.assertIn('there is no book "Dr. Fox"', self.run_host("import", book, "--into", "Dr. Fox", code=2).err)
+        result = self.run_host("import", book, "--into", "a.vcf", code=2)
+        self.assertIn("a.vcf: this is none of your books", result.err)
+        self.assertFalse((self.folder / "nothere.vcf").exists())
+
+    def test_errors_are_broken_at_words_on_a_terminal_and_one_line_elsewhere(self):
+        words = ["fix", "--apply", "blank-name=use-default-string"]
+        told = self.run_host(*words, code=2).err
+        self.assertEqual(1, told.count("\n"))
+        self.assertLess(100, len(told))
+        for width in (60, 80):
+            shown = self.run_on_terminal(*words, width=width, both=True, code=2).out
+            lines = shown.splitlines()
+            self.assertLess(1, len(lines))
+            self.assertEqual([], [line for line in lines if len(line) > width])
+            self.assertEqual(told.split(), shown.split())
+            self.assertEqual([], [line for line in lines[1:] if not line.startswith("  ")])
+        short = self.run_on_terminal("show", "nothere.vcf", both=True, code=2).out
+        self.assertEqual(1, short.count("\n"))
+
     def test_a_full_disk_is_reported(self):
         book = self.write("a.vcf", BOOK * 2000)
         for words in (["scan", *NAMES, book], ["scan", *NAMES, "--json", book], ["scan", *NAMES, "--events", book],
