@@ -36,7 +36,7 @@ int FixCommand::run(Terminal& terminal) {
     throw Unusable(std::string(dryRun_ || json_ ? "nothing is chosen" : "there is no terminal to ask on") +
                    "; --apply ISSUE=HANDLE says which fix an issue gets, and \"krcontacts issues\" shows both");
   }
-  if (remember_ && !Remembering::isMeant(choices)) {
+  if (remember_ && !isDialog && !Remembering::isMeant(choices)) {
     throw Unusable("--remember is for findings that are ignored: --apply ISSUE=ignore");
   }
   if (!isDialog && !issues_.empty()) throw Unusable("--issues is for the walk through findings; --apply names its own");
@@ -44,7 +44,9 @@ int FixCommand::run(Terminal& terminal) {
   FixRun run(book_, terminal);
   if (isDialog) {
     only.empty() ? run.scanUsed(filter_) : run.scan(only, filter_);
-    FixDialog(run, terminal).run();
+    std::optional<KRIgnoredFindings> remembered;
+    if (remember_) remembered = Remembering::of(run.book());
+    FixDialog(run, terminal, remembered ? &*remembered : nullptr).run();
     return ExitCode::Done;
   }
   run.scan(FixChoices::issuesOf(choices), filter_);

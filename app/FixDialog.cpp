@@ -4,6 +4,7 @@
 #include "app/DisplayText.h"
 #include "app/PersonCard.h"
 #include "app/PersonText.h"
+#include "app/Remembering.h"
 #include "app/Unusable.h"
 
 namespace {
@@ -18,10 +19,11 @@ bool isInterrupt(const std::optional<std::string>& key) {
 
 }  // namespace
 
-FixDialog::FixDialog(FixRun& run, Terminal& terminal)
+FixDialog::FixDialog(FixRun& run, Terminal& terminal, KRIgnoredFindings* remembered)
     : run_(run),
       terminal_(terminal),
-      session_(run.book(), run.result()),
+      remembered_(remembered),
+      session_(run.book(), run.result(), remembered),
       screen_(shownText(run.book().name().view()), terminal.width(), terminal.height()) {}
 
 void FixDialog::run() {
@@ -30,7 +32,7 @@ void FixDialog::run() {
     message_.clear();
     const std::optional<std::string> pressed = keys_.read(terminal_.out(), "> ");
     if (!pressed) {
-      if (session_.unsavedCount() > 0) terminal_.say("the input ended; nothing more is saved");
+      if (hasUnsaved()) terminal_.say("the input ended; nothing more is saved");
       return;
     }
     perform(FixKeys::of(*pressed));
@@ -63,7 +65,7 @@ void FixDialog::perform(const FixKey& key) {
       if (!isBehindAll) fixAll();
       break;
     case FixAction::Ignore:
-      if (!isBehindAll) session_.ignore();
+      if (!isBehindAll) ignore();
       break;
     case FixAction::Skip:
       session_.skip();
@@ -96,6 +98,12 @@ void FixDialog::perform(const FixKey& key) {
       break;
   }
   if (session_.number() != before) firstContact_ = 0;
+}
+
+void FixDialog::ignore() {
+  const size_t before = session_.unsavedRememberedCount();
+  session_.ignore();
+  if (session_.unsavedRememberedCount() > before) message_ = "Ignored, and to be remembered once it is saved.";
 }
 
 void FixDialog::fix(size_t number) {
@@ -175,28 +183,38 @@ void FixDialog::further() {
   if (count <= screen_.columns()) message_ = "All contacts of this finding are on the screen.";
 }
 
+bool FixDialog::hasUnsaved() const {
+  return session_.unsavedCount() > 0 || (remembered_ != nullptr && remembered_->hasChanges());
+}
+
 bool FixDialog::save() {
-  if (session_.unsavedCount() == 0) {
+  if (!hasUnsaved()) {
     message_ = "There is nothing to save.";
     return true;
   }
+  const size_t remembered = session_.unsavedRememberedCount();
   try {
     run_.save();
+    // Saved contacts are no more to be taken back, whatever becomes of the rest.
+    session_.settle();
+    if (remembered_ != nullptr) Remembering::save(*remembered_);
   } catch (const Unusable& error) {
-    // The steps stand in memory: the user may try again, or leave.
+    // What is not saved stands in memory: the user may try again, or leave.
     terminal_.progress().clear();
     message_ = shownText(error.what());
     return false;
   }
-  session_.settle();
-  message_ = "Saved.";
+  message_ = remembered == 0 ? "Saved."
+                             : "Saved; " + counted(remembered, "ignored finding", "ignored findings") + " remembered.";
   return true;
 }
 
 bool FixDialog::mayQuit() {
-  if (session_.unsavedCount() == 0) return true;
-  const auto pressed = ask(counted(session_.unsavedCount(), "step is", "steps are") +
-                           " not saved. Save before quitting? [y]es, [n]o, other keys go on");
+  if (!hasUnsaved()) return true;
+  const size_t steps = session_.unsavedCount();
+  const auto pressed = ask(
+      (steps == 0 ? "What is ignored is not remembered yet." : counted(steps, "step is", "steps are") + " not saved.") +
+      " Save before quitting? [y]es, [n]o, other keys go on");
   if (isYes(pressed)) return save();
   return isInterrupt(pressed) || pressed == "n" || pressed == "N";
 }

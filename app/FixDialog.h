@@ -13,8 +13,9 @@
 /// but when the user says so.
 class FixDialog {
  public:
-  /// The run has been scanned.
-  FixDialog(FixRun& run, Terminal& terminal);
+  /// The run has been scanned. Findings that are ignored join `remembered`, if that is given, and are saved with the
+  /// contacts.
+  FixDialog(FixRun& run, Terminal& terminal, KRIgnoredFindings* remembered);
 
   /// Until the user quits, or there is no more input.
   void run();
@@ -27,6 +28,8 @@ class FixDialog {
   void edit();
   void view();
   void further();
+  void ignore();
+  bool hasUnsaved() const;
   bool save();
   bool mayQuit();
   /// The contact of the finding that the user means; nothing when it is none.
@@ -36,6 +39,7 @@ class FixDialog {
 
   FixRun& run_;
   Terminal& terminal_;
+  KRIgnoredFindings* remembered_;
   FixSession session_;
   FixScreen screen_;
   KeyInput keys_;

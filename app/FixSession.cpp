@@ -7,6 +7,7 @@
 #include "app/FixChoice.h"
 #include "app/PersonText.h"
 #include "handles/KRHandleNames.h"
+#include "issues/KRFindingKey.h"
 #include "issues/KRIssueContext.h"
 #include "issues/KRIssueFind.h"
 
@@ -23,8 +24,8 @@ bool changesSomething(const KRIssueHandle& handle) {
 
 }  // namespace
 
-FixSession::FixSession(KRAddressBook& book, KRRef<KRIssueFindResult> result)
-    : book_(book), result_(std::move(result)), places_(*result_) {
+FixSession::FixSession(KRAddressBook& book, KRRef<KRIssueFindResult> result, KRIgnoredFindings* remembered)
+    : book_(book), result_(std::move(result)), remembered_(remembered), places_(*result_) {
   for (KRIssueContext& context : result_->contexts()) {
     for (KRIssueObject& finding : context.objects()) all_.emplace_back(&finding);
   }
@@ -58,9 +59,20 @@ std::vector<KRRef<KRIssueHandle>> FixSession::fixes() const {
   return handles;
 }
 
-void FixSession::finish(FixStep memory, std::string name, size_t at) {
+void FixSession::rememberIgnored(const KRIssueHandle& handle, KRIssueObject& finding, Findings& remembered) {
+  if (remembered_ == nullptr || !sameText(handle.name(), KRHandleNameIgnore)) return;
+  if (remembered_->add(finding)) remembered.emplace_back(&finding);
+}
+
+size_t FixSession::unsavedRememberedCount() const {
+  size_t count = 0;
+  for (const Step& step : steps_) count += step.remembered.size();
+  return count;
+}
+
+void FixSession::finish(FixStep memory, std::string name, size_t at, Findings remembered) {
   memory.seal();
-  steps_.push_back({std::move(name), at, std::move(memory)});
+  steps_.push_back({std::move(name), at, std::move(memory), std::move(remembered)});
   moveOn();
 }
 
@@ -69,8 +81,10 @@ FixEffect FixSession::fix(const KRRef<KRIssueHandle>& handle) {
   std::string name = std::string(handle->title(&finding).view()) + ": " + nameOf(finding);
   FixStep memory(book_, *result_, places_);
   memory.remember(finding);
+  Findings remembered;
+  rememberIgnored(*handle, finding, remembered);
   FixEffect effect = fixFinding(finding, handle);
-  finish(std::move(memory), std::move(name), at_);
+  finish(std::move(memory), std::move(name), at_, std::move(remembered));
   return effect;
 }
 
@@ -78,14 +92,16 @@ size_t FixSession::fixAllOfIssue(const KRRef<KRIssueHandle>& handle) {
   const KRRef<KRIssueContext> context = current()->context();
   const std::string title(handle->title(current()).view());
   FixStep memory(book_, *result_, places_);
+  Findings remembered;
   size_t count = 0;
   while (!context->objects().isEmpty()) {
     KRIssueObject& finding = *context->objects().first();
     memory.remember(finding);
+    rememberIgnored(*handle, finding, remembered);
     fixFinding(finding, handle, FixWatch::Detail::Counts);
     ++count;
   }
-  finish(std::move(memory), title + ": " + counted(count, "finding", "findings"), at_);
+  finish(std::move(memory), title + ": " + counted(count, "finding", "findings"), at_, std::move(remembered));
   return count;
 }
 
@@ -145,6 +161,8 @@ void FixSession::restart() {
 void FixSession::undo() {
   if (steps_.empty()) return;
   steps_.back().memory.undo();
+  // Their contacts are as they were when they were ignored, and so are their keys.
+  for (const auto& finding : steps_.back().remembered) remembered_->forget(krFindingKey(*finding));
   at_ = steps_.back().at;
   steps_.pop_back();
 }

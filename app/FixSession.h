@@ -5,13 +5,15 @@
 
 #include "app/FixEffect.h"
 #include "app/FixStep.h"
+#include "issues/KRIgnoredFindings.h"
 
 /// A walk through findings in which each is fixed, ignored or left for later, one step at a time, all in memory. Steps
 /// that are not saved yet can be taken back, the last one first. Knows nothing of screens and keys.
 class FixSession {
  public:
-  /// The findings of the result in its order; the book is the one that was scanned.
-  FixSession(KRAddressBook& book, KRRef<KRIssueFindResult> result);
+  /// The findings of the result in its order; the book is the one that was scanned. What is ignored in the walk joins
+  /// `remembered`, in memory, if that is given; it outlives the session.
+  FixSession(KRAddressBook& book, KRRef<KRIssueFindResult> result, KRIgnoredFindings* remembered = nullptr);
 
   /// The finding that it is the turn of; null behind the last one.
   KRIssueObject* current() const;
@@ -44,25 +46,32 @@ class FixSession {
   std::string undoable() const { return steps_.empty() ? std::string() : steps_.back().name; }
   /// Takes back the last step and returns to its finding.
   void undo();
-  /// Steps since the last save.
+  /// Steps since the last save, and how many findings they have remembered.
   size_t unsavedCount() const noexcept { return steps_.size(); }
+  size_t unsavedRememberedCount() const;
   /// Everything is saved: what was done so far is no more to be taken back here.
   void settle() { steps_.clear(); }
 
  private:
+  using Findings = std::vector<KRRef<KRIssueObject>>;
   struct Step {
     std::string name;
     size_t at;
     FixStep memory;
+    /// The findings that were not remembered before.
+    Findings remembered;
   };
 
   bool isOpen(size_t place) const;
   void moveOn();
-  void finish(FixStep memory, std::string name, size_t at);
+  void finish(FixStep memory, std::string name, size_t at, Findings remembered = Findings());
+  /// Before the fix: takes note of a finding that is to be ignored.
+  void rememberIgnored(const KRIssueHandle& handle, KRIssueObject& finding, Findings& remembered);
   bool isSettled(KRIssueObject& finding) const;
 
   KRAddressBook& book_;
   KRRef<KRIssueFindResult> result_;
+  KRIgnoredFindings* remembered_;
   FindingPlaces places_;
   std::vector<KRRef<KRIssueObject>> all_;
   size_t at_ = 0;

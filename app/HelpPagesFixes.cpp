@@ -25,6 +25,8 @@ before it is saved.
 
   --issues NAME         walk through these issues only (without it: those chosen
                         for use); names as "krcontacts issues" shows them
+  --remember            remember the findings that are ignored (key i) with the
+                        book, once they are saved ("krcontacts ignored --help")
 
 With --apply: every finding of the issue gets the fix.
 
@@ -39,8 +41,7 @@ With --apply: every finding of the issue gets the fix.
                         all texts must be there.
   --id ID               only findings with the contact of exactly this ID. Given
                         again: of any of them.
-  --remember            remember the findings that are ignored (ISSUE=ignore)
-                        with the book ("krcontacts ignored --help")
+  --remember            remember the findings of ISSUE=ignore with the book
   --dry-run             show what each fix would change, line by line, and
                         change nothing
   --json                one JSON document (docs/fix.schema.json)
@@ -116,8 +117,8 @@ Usage:
 PLAN is a document that "krcontacts plan" wrote, "-" standard input. The book is
 scanned again; when a contact of a fix is gone or has changed since, or a
 finding is not there any more, that is said and nothing is applied. A fix that
-an earlier one has settled, as where both delete the same contact, is passed
-over.
+an earlier one has settled, as where both delete the same contact or the plan
+names the same one twice, is passed over.
 
   --book BOOK    apply to this book, not to the one that the plan names
   --dry-run      show what each fix would change, and change nothing
@@ -133,8 +134,9 @@ Usage:
   krcontacts ignored forget BOOK NUMBER...   see them again
   krcontacts ignored forget BOOK --all
 
-"krcontacts fix --apply ISSUE=ignore --remember" remembers findings with their
-book, and "krcontacts scan --hide-ignored" leaves them out. They are known by
+"krcontacts fix --remember" remembers findings with their book that are ignored
+in the walk through them, or by --apply ISSUE=ignore, and "krcontacts scan
+--hide-ignored" leaves them out. They are known by
 what the contacts are and hold, not by their IDs: they stay hidden when the
 contacts are imported anew, and come up again when something that concerns them
 changes.

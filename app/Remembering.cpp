@@ -5,7 +5,6 @@
 #include "app/DisplayText.h"
 #include "app/Unusable.h"
 #include "handles/KRHandleNames.h"
-#include "issues/KRFindingKey.h"
 #include "issues/KRIssueContext.h"
 
 namespace {
@@ -30,28 +29,33 @@ Remembering::Remembering(FixRun& run, const std::vector<FixChoice>& choices) : i
   for (const FixChoice& choice : choices) {
     const KRRef<KRIssueContext> context = ignores(choice) ? run.contextOf(*choice.issue) : KRRef<KRIssueContext>();
     if (!context) continue;
-    for (const KRIssueObject& finding : context->objects()) add(finding);
+    for (const KRIssueObject& finding : context->objects()) {
+      ++all_;
+      if (ignored_.add(finding)) ++count_;
+    }
   }
 }
 
-void Remembering::add(const KRIssueObject& finding) {
-  if (ignored_.add(finding)) ++count_;
-}
-
-void Remembering::takeBack(const KRIssueObject& finding) {
-  if (!ignored_.holds(finding)) return;
-  ignored_.forget(krFindingKey(finding));
-  if (count_ > 0) --count_;
-}
-
 void Remembering::save() {
-  if (const KRResult<void> saved = ignored_.save(); !saved) {
+  save(ignored_);
+}
+
+void Remembering::save(KRIgnoredFindings& ignored) {
+  if (const KRResult<void> saved = ignored.save(); !saved) {
     throw Unusable("the fixes are saved, but what is ignored is not remembered: " + saved.error().sentence);
   }
 }
 
 void Remembering::print(Terminal& terminal, bool isDryRun) const {
   terminal.line();
+  if (all_ == 0) {
+    terminal.paragraph("There is no finding to remember.");
+    return;
+  }
+  if (count_ == 0) {
+    terminal.paragraph("Every ignored finding was remembered before; \"krcontacts ignored\" lists and forgets them.");
+    return;
+  }
   terminal.paragraph(counted(count_, "ignored finding", "ignored findings") +
                      (isDryRun ? " would be remembered" : " remembered") +
                      " with the book; \"krcontacts ignored\" lists and forgets them");

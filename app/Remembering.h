@@ -16,18 +16,17 @@ class Remembering {
 
   /// Takes note of all findings of the run that the choices ignore.
   Remembering(FixRun& run, const std::vector<FixChoice>& choices);
-  /// For a host that ignores findings one by one.
-  explicit Remembering(const KRAddressBook& book) : ignored_(of(book)) {}
-  void add(const KRIssueObject& finding);
-  /// For an ignored finding that is to be seen again after all.
-  void takeBack(const KRIssueObject& finding);
 
   /// How many findings are new in it.
   size_t count() const noexcept { return count_; }
   void save();
+  /// The same for findings that were ignored one by one.
+  static void save(KRIgnoredFindings& ignored);
   void print(Terminal& terminal, bool isDryRun) const;
 
  private:
   KRIgnoredFindings ignored_;
+  /// How many findings are ignored, and how many of them are new.
+  size_t all_ = 0;
   size_t count_ = 0;
 };

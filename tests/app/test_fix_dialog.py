@@ -209,6 +209,45 @@ class Dialog(host.HostTest):
         self.assertIn("v shows all", screens[0])
         self.assertIn("4 Ann Barrow", screens[1])
 
+    def remembered(self, book):
+        return [entry["persons"] for entry in self.run_host("ignored", "list", book, "--json").json()["ignored"]]
+
+    def test_what_is_ignored_is_remembered_once_it_is_saved(self):
+        book = self.book(SPACE, SPACE2, NOBODY)
+        session = self.start(book, "--remember")
+        session.screen()
+        session.press("s")
+        self.assertIn("to be remembered once it is saved", session.press("i"))
+        self.assertIn("Taken back", session.press("u"))
+        session.press("s")
+        self.assertIn("to be remembered", session.press("i"))
+        self.assertEqual([], self.remembered(book))
+        self.assertIn("Saved; 1 ignored finding remembered.", session.press("w"))
+        self.assertEqual(["Sue Ann Cole"], self.remembered(book))
+        self.assertIn("There is nothing to save", session.press("w"))
+        session.end("q")
+        # Once more: the same one is nothing new, the others are, and quitting saves them too.
+        session = self.start(book, "--remember")
+        session.screen()
+        session.press("s")
+        session.press("a", "ignore them) ")
+        session.press("i")
+        session.press("q", "go on ")
+        session.end("y")
+        self.assertEqual(["Sue Ann Cole", "Mary Jane Bell"], self.remembered(book))
+        self.run_host("undo")
+        self.assertEqual(["Sue Ann Cole"], self.remembered(book))
+
+    def test_without_remember_and_without_saving_nothing_is_remembered(self):
+        book = self.book(SPACE, SPACE2)
+        for words, answer in (((), "y"), (("--remember",), "n")):
+            session = self.start(book, *words)
+            session.screen()
+            session.press("i")
+            session.press("q", "go on ")
+            session.end(answer)
+            self.assertEqual([], self.remembered(book))
+
     def test_without_a_terminal_it_says_what_to_use_instead(self):
         book = self.book(SPACE)
         for words in ((), ("--dry-run",), ("--json",)):

@@ -65,6 +65,16 @@ class Ignored(host.HostTest):
             self.assertEqual(expected, document["remembered"])
         self.assertEqual(1, len(self.listed()))
 
+    def test_where_there_is_nothing_to_remember_that_is_said(self):
+        out = self.ignore(issue="blank-name").out
+        self.assertIn("There is no finding to remember.", out)
+        self.assertNotIn("remembered", out)
+        self.assertEqual([], list(self.home.rglob("ignored")))
+        self.ignore()
+        for words in ((), ("--dry-run",)):
+            self.assertIn("Every ignored finding was remembered before", self.ignore(*words).out)
+        self.assertEqual(1, len(self.listed()))
+
     def test_they_outlive_another_identifier_order_and_place(self):
         self.ignore()
         self.book.write_text(TITLED + namesake(2, "x", "NOTE:new") + namesake(1, "y"))
