@@ -98,8 +98,8 @@ void FixScreen::addContacts(std::vector<Line>& lines, const KRPersonArray& perso
   }
   lines.push_back({withoutBlanksBehind(std::string(kHeading, ' ') + cells(names)), Style::Strong});
   if (end - first < persons.count()) {
-    lines.push_back({std::string(kHeading, ' ') + "of " + std::to_string(persons.count()) + " contacts; n shows others",
-                     Style::Faint});
+    const std::string count = "of " + std::to_string(persons.count()) + " contacts; n shows others";
+    lines.push_back({std::string(kHeading, ' ') + fittedText(count, width_ - kHeading), Style::Faint});
   }
   std::vector<Row> rows = ContactColumns::of(contacts);
   const size_t missing = shorten(rows, std::max(room, kFewestRows));
@@ -114,9 +114,8 @@ void FixScreen::addContacts(std::vector<Line>& lines, const KRPersonArray& perso
                      row.mark == Mark::None ? Style::Plain : Style::Warning});
   }
   if (missing > 0) {
-    lines.push_back(
-        {std::string(kHeading, ' ') + "and " + counted(missing, "more line", "more lines") + "; v shows all",
-         Style::Faint});
+    const std::string count = "and " + counted(missing, "more line", "more lines") + "; v shows all";
+    lines.push_back({std::string(kHeading, ' ') + fittedText(count, width_ - kHeading), Style::Faint});
   }
 }
 

@@ -21,7 +21,26 @@ target_precompile_headers(
 # built while an upper one is being changed.
 set(KR_TESTED_platform KRPlatform)
 # The sources of the program that have tests of their own.
-set(KR_TESTED_SOURCES_app app/HandleNames.cpp app/NameWords.cpp)
+set(KR_TESTED_SOURCES_app
+    app/ContactColumns.cpp
+    app/DisplayText.cpp
+    app/FixChoice.cpp
+    app/FixEffect.cpp
+    app/FixKeys.cpp
+    app/FixScreen.cpp
+    app/FixSession.cpp
+    app/FixStep.cpp
+    app/HandleNames.cpp
+    app/Interrupt.cpp
+    app/IssueNames.cpp
+    app/KeyInput.cpp
+    app/NameWords.cpp
+    app/Output.cpp
+    app/PersonRows.cpp
+    app/PersonText.cpp
+    app/ProgressBar.cpp
+    app/RowDiff.cpp
+    app/Terminal.cpp)
 
 file(GLOB KR_TEST_FOLDERS CONFIGURE_DEPENDS LIST_DIRECTORIES true RELATIVE "${PROJECT_SOURCE_DIR}/tests"
      "${PROJECT_SOURCE_DIR}/tests/*")
