@@ -1,6 +1,10 @@
 #include "tests/support/KRBookMakers.h"
 
 const std::vector<KRBookMaker>& krBookMakers() {
-  static const auto& makers = *new std::vector<KRBookMaker>{krBookMaker(krStoreKinds().front())};
+  static const auto& makers = *[] {
+    auto* all = new std::vector<KRBookMaker>{krBookMaker(krStoreKinds().front())};
+    all->front().rounds = 4;
+    return all;
+  }();
   return makers;
 }

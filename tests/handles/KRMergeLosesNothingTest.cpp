@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Books, KRMergeLosesNothingTest, testing::ValuesIn(krBoo
 
 TEST_P(KRMergeLosesNothingTest, EveryDistinctEntryStandsInTheMergedPersonAndEveryPersonInTheTrash) {
   KRWrittenPersons random(20241121);
-  for (int round = 0; round < 30; ++round) {
+  for (int round = 0; round < GetParam().rounds; ++round) {
     const size_t count = 1 + random.below(4);
     fillAtRandom(random, count);
     std::vector<Values> before;

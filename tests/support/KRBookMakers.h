@@ -21,6 +21,8 @@ struct KRBookMaker {
   bool keeps;
   /// Whether contacts stand in the same order when the book is opened again; else in that of their identifiers.
   bool keepsOrder;
+  /// How many random cases a test tries: fewer where each save is a service's work.
+  int rounds = 30;
 
   friend std::ostream& operator<<(std::ostream& out, const KRBookMaker& maker) { return out << maker.name; }
 };
