@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "platform/KRBytes.h"
+
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
@@ -31,13 +33,16 @@ size_t sequenceLength(std::string_view bytes, size_t& skip) noexcept {
   return length;
 }
 
-/// How many bytes from the start are plain ASCII, in steps of eight.
+/// How many bytes from the start are plain ASCII, in steps of 32 and of eight.
 size_t asciiPrefix(std::string_view bytes) noexcept {
+  constexpr uint64_t kHigh = 0x8080808080808080U;
   size_t done = 0;
+  for (; done + 32 <= bytes.size(); done += 32) {
+    const char* at = bytes.data() + done;
+    if (((krLoadWord(at) | krLoadWord(at + 8) | krLoadWord(at + 16) | krLoadWord(at + 24)) & kHigh) != 0) break;
+  }
   for (; done + 8 <= bytes.size(); done += 8) {
-    uint64_t word;
-    std::memcpy(&word, bytes.data() + done, sizeof word);
-    if ((word & 0x8080808080808080U) != 0) break;
+    if ((krLoadWord(bytes.data() + done) & kHigh) != 0) break;
   }
   while (done < bytes.size() && static_cast<unsigned char>(bytes[done]) < 0x80) ++done;
   return done;
