@@ -1,7 +1,9 @@
 #include "contacts/vcard/KRCardDraft.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -47,11 +49,14 @@ void KRCardDraft::addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16
 
 KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
   // Entries are sorted by counting, those of one property keep their order; each leaves room for its details.
-  std::array<uint32_t, 33> starts{};
+  std::array<uint32_t, 32> starts{};
   places_.assign(entries_.size(), 1);
   for (const Detail& detail : details_) ++places_[detail.entry];
-  for (size_t i = 0; i < entries_.size(); ++i) starts[entries_[i].what + 1U] += places_[i];
-  for (size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
+  for (size_t i = 0; i < entries_.size(); ++i) starts[entries_[i].what] += places_[i];
+  uint32_t before = 0;
+  for (uint32_t left = present_; left != 0; left &= left - 1) {
+    before += std::exchange(starts[static_cast<size_t>(std::countr_zero(left))], before);
+  }
   for (size_t i = 0; i < entries_.size(); ++i) {
     const uint32_t count = places_[i];
     places_[i] = starts[entries_[i].what];

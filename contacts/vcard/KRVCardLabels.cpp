@@ -1,5 +1,6 @@
 #include "contacts/vcard/KRVCardLabels.h"
 
+#include <bit>
 #include <string>
 #include <unordered_map>
 
@@ -17,7 +18,7 @@ void KRVCardLabels::start() {
   grouped_.clear();
   given_.clear();
   texts_.clear();
-  main_ = {};
+  ranked_ = 0;
 }
 
 void KRVCardLabels::add(Entry entry, KROrdinal ordinal, const KRVCardLine& line, KRCardDraft& draft) {
@@ -25,10 +26,11 @@ void KRVCardLabels::add(Entry entry, KROrdinal ordinal, const KRVCardLine& line,
   draft.row(entry).label = parameters.label;
   if (!parameters.labelText.isEmpty()) texts_.push_back({entry, draft.place(parameters.labelText.view())});
   if (!line.group.empty()) grouped_.push_back({draft.place(line.group), entry});
+  if (parameters.preference == 0) return;
   Main& main = main_[static_cast<size_t>(ordinal)];
-  if (parameters.preference != 0 && (main.preference == 0 || parameters.preference < main.preference)) {
-    main = {parameters.preference, entry};
-  }
+  const uint32_t bit = 1U << static_cast<unsigned>(ordinal);
+  if ((ranked_ & bit) == 0 || parameters.preference < main.preference) main = {parameters.preference, entry};
+  ranked_ |= bit;
 }
 
 void KRVCardLabels::set(Entry entry, std::string_view name, KRCardDraft& draft) {
@@ -98,7 +100,7 @@ void KRVCardLabels::finishTexts(KRCardDraft& draft) {
 void KRVCardLabels::finish(KRCardDraft& draft) {
   finishGroups(draft);
   finishTexts(draft);
-  for (const Main& main : main_) {
-    if (main.preference != 0) draft.row(main.entry).detail |= KRCardRow::kMain;
+  for (uint32_t left = ranked_; left != 0; left &= left - 1) {
+    draft.row(main_[static_cast<size_t>(std::countr_zero(left))].entry).detail |= KRCardRow::kMain;
   }
 }

@@ -44,7 +44,7 @@ class KRVCardLabels {
     Entry entry;
     Place name;
   };
-  /// The entry of a property that is preferred so far, and how much; 0 for none.
+  /// The entry of a property that is preferred so far, and how much.
   struct Main {
     uint8_t preference = 0;
     Entry entry = 0;
@@ -57,5 +57,7 @@ class KRVCardLabels {
   std::vector<Grouped> grouped_;
   std::vector<Given> given_;
   std::vector<TextLabel> texts_;
+  /// A bit for each property that has one, and that one.
+  uint32_t ranked_ = 0;
   std::array<Main, kKROrdinalCount> main_;
 };

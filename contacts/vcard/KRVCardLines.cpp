@@ -49,12 +49,8 @@ constexpr size_t kLongestPropertyStart = 64;
 
 }  // namespace
 
-bool KRVCardLine::isBegin() const noexcept {
-  return means(KRVCardMeaning::Begin) && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
-}
-
-bool KRVCardLine::isEnd() const noexcept {
-  return means(KRVCardMeaning::End) && krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
+bool KRVCardLine::isOfCard() const noexcept {
+  return krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
 }
 
 void KRVCardLines::start(std::string_view text, bool isWhole, size_t firstNumber) {
@@ -78,10 +74,18 @@ bool KRVCardLines::isReturnALineEnd(const char* after) const noexcept {
          (name.size() > 2 && krEqualsIgnoringCase(name.substr(0, 2), "X-"));
 }
 
-KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
+inline KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
+  const KRVCardScan scan = krScanLine(begin, end_);
+  const bool isReturn = end_ - scan.end > 1 && scan.end[0] == '\r';
+  const char* const feed = isReturn ? scan.end + 1 : scan.end;
+  if (feed == end_ || *feed != '\n') return pieceWithReturns(begin, scan);
+  return {begin, scan.end, feed + 1, scan.colon, scan.flags, false, false};
+}
+
+/// The same where the text ends with the line, or where a carriage return does not stand before a line feed.
+KRVCardLines::Piece KRVCardLines::pieceWithReturns(const char* begin, KRVCardScan scan) {
   Piece piece{begin, end_, end_, nullptr, 0, false, false};
-  for (const char* from = begin;;) {
-    const KRVCardScan scan = krScanLine(from, end_);
+  for (;; scan = krScanLine(piece.next, end_)) {
     if (piece.colon == nullptr) piece.colon = scan.colon;
     piece.flags |= scan.flags;
     piece.end = scan.end;
@@ -116,44 +120,27 @@ KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
       piece.endedWithReturn = true;
       return piece;
     }
-    from = piece.next;
   }
 }
 
-bool KRVCardLines::readHead(std::string_view text, const char* colon, KRVCardLine& line) {
-  line.group = {};
-  line.flags = flags_;
-  if (colon == nullptr) {
-    line.name = {};
-    line.parameters = &cache_.parse({});
-    line.parameterText = {};
-    line.property = &krVCardProperty({});
-    line.value = text;
-    return false;
-  }
-  // The name is all before the first colon or semicolon, and before its last dot the group.
+inline void KRVCardLines::readHead(std::string_view text, const char* colon, KRVCardLine& line) {
   const char* const begin = text.data();
-  const char* nameEnd = begin;
-  const char* name = begin;
-  for (; *nameEnd != ':' && *nameEnd != ';'; ++nameEnd) {
-    if (*nameEnd == '.') name = nameEnd + 1;
+  line.flags = flags_;
+  if (colon != nullptr && (flags_ & KRVCardScan::Quote) != 0) {
+    colon = begin + findColon(text, text.find_first_of(":;"));
   }
-  line.name = between(name, nameEnd);
-  if (name != begin) line.group = krTrimmedBlanks(between(begin, name - 1));
-  if (line.name.empty() || line.name.front() <= ' ' || line.name.back() <= ' ') line.name = krTrimmedBlanks(line.name);
-  if ((flags_ & KRVCardScan::Quote) != 0) {
-    colon = begin + findColon(text, static_cast<size_t>(nameEnd - begin));
-  }
-  line.property = &krVCardProperty(line.name);
-  line.parameterText = between(nameEnd, colon);
-  line.parameters = &cache_.parse(line.parameterText);
-  line.value = between(colon + 1, begin + text.size());
-  return true;
+  const KRVCardHead& head = heads_.find(colon == nullptr ? std::string_view() : between(begin, colon));
+  line.group = head.group.of(begin);
+  line.name = head.name.of(begin);
+  line.property = head.property;
+  line.parameters = &head.parameters;
+  line.parameterText = head.parameterText.of(begin);
+  line.value = between(colon == nullptr ? begin : colon + 1, begin + text.size());
 }
 
-bool KRVCardLines::readJoinedHead(KRVCardLine& line) {
+void KRVCardLines::readJoinedHead(KRVCardLine& line) {
   const size_t colon = joined_.find(':');
-  return readHead(joined_, colon == std::string::npos ? nullptr : joined_.data() + colon, line);
+  readHead(joined_, colon == std::string::npos ? nullptr : joined_.data() + colon, line);
 }
 
 KRVCardLines::Result KRVCardLines::next(KRVCardLine& line) {
@@ -169,7 +156,8 @@ KRVCardLines::Result KRVCardLines::next(KRVCardLine& line) {
     pieces_ = 1;
     flags_ = piece.flags;
     const std::string_view text = between(piece.begin, piece.end);
-    if (readHead(text, piece.colon, line) && line.parameters->encoding != KRVCardParameters::None) {
+    readHead(text, piece.colon, line);
+    if (line.parameters->encoding != KRVCardParameters::None) {
       if (line.parameters->encoding == KRVCardParameters::Base64) return takeBase64(piece, line);
       if (endsWithSoftBreak(text) || isFold(piece.next)) return takeSoftBroken(piece, line);
     }
@@ -189,7 +177,8 @@ KRVCardLines::Result KRVCardLines::takeFolded(Piece first, KRVCardLine& line) {
     ++pieces_;
   }
   // The fold may have hidden how the value is written.
-  if (readJoinedHead(line) && line.parameters->encoding != KRVCardParameters::None) {
+  readJoinedHead(line);
+  if (line.parameters->encoding != KRVCardParameters::None) {
     if (line.parameters->encoding == KRVCardParameters::Base64) return takeBase64(first, line);
     if (endsWithSoftBreak(joined_)) return takeSoftBroken(first, line);
   }

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "contacts/vcard/KRVCardHeads.h"
 #include "contacts/vcard/KRVCardParameters.h"
 #include "contacts/vcard/KRVCardProperty.h"
 #include "contacts/vcard/KRVCardScan.h"
@@ -31,8 +32,11 @@ struct KRVCardLine {
 
   bool means(KRVCardMeaning meaning) const noexcept { return property->meaning == meaning; }
   /// Whether this is "BEGIN:VCARD", respectively "END:VCARD", in any case.
-  bool isBegin() const noexcept;
-  bool isEnd() const noexcept;
+  bool isBegin() const noexcept { return means(KRVCardMeaning::Begin) && isOfCard(); }
+  bool isEnd() const noexcept { return means(KRVCardMeaning::End) && isOfCard(); }
+
+ private:
+  bool isOfCard() const noexcept;
 };
 
 /// Takes logical lines from text, one after the other. The text may be cut anywhere: as long as more may follow, a line
@@ -71,12 +75,13 @@ class KRVCardLines {
   };
 
   Piece pieceAt(const char* begin);
+  Piece pieceWithReturns(const char* begin, KRVCardScan scan);
   bool isReturnALineEnd(const char* after) const noexcept;
   bool isFold(const char* next) const noexcept { return next < end_ && (*next == ' ' || *next == '\t'); }
   /// Whether the text after a line end is not there yet.
   bool isOpen(const char* next) const noexcept { return next == end_ && !isWhole_; }
-  bool readHead(std::string_view text, const char* colon, KRVCardLine& line);
-  bool readJoinedHead(KRVCardLine& line);
+  void readHead(std::string_view text, const char* colon, KRVCardLine& line);
+  void readJoinedHead(KRVCardLine& line);
   Result takeFolded(Piece first, KRVCardLine& line);
   Result takeSoftBroken(Piece first, KRVCardLine& line);
   Result takeBase64(Piece first, KRVCardLine& line);
@@ -93,5 +98,5 @@ class KRVCardLines {
   size_t pieces_ = 0;
   uint8_t flags_ = 0;
   std::string joined_;
-  KRVCardParameterCache cache_;
+  KRVCardHeads heads_;
 };

@@ -1,7 +1,6 @@
 #include "contacts/vcard/KRVCardParameters.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "contacts/model/KRLabelTable.h"
 #include "contacts/vcard/KRVCardText.h"
@@ -221,27 +220,4 @@ std::vector<std::string_view> krSplitParameters(std::string_view text) {
     at = end + 1;
   }
   return parameters;
-}
-
-const KRVCardParameters& KRVCardParameterCache::parse(std::string_view text) {
-  if (text.empty()) return none_;
-  if (text.size() > kLongest) return uncached_ = krParseParameters(text);
-  uint64_t hash = text.size();
-  for (size_t at = 0; at < text.size(); at += 8) {
-    uint64_t word = 0;
-    if (text.size() - at >= 8) {
-      std::memcpy(&word, text.data() + at, 8);
-    } else {
-      for (size_t i = at; i < text.size(); ++i) word = word << 8U | static_cast<unsigned char>(text[i]);
-    }
-    hash = (hash ^ word) * 0x9e3779b97f4a7c15U;
-    hash ^= hash >> 29U;
-  }
-  // Texts that fall on the same slot take it over from each other.
-  Slot& slot = slots_[hash % kSlots];
-  if (slot.text != text) {
-    slot.parameters = krParseParameters(text);
-    slot.text = text;
-  }
-  return slot.parameters;
 }

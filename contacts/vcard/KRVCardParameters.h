@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -38,23 +37,3 @@ KRVCardParameters krParseParameters(std::string_view text);
 
 /// The parameters of such a text one by one, without the ";" before them; empty ones are left out.
 std::vector<std::string_view> krSplitParameters(std::string_view text);
-
-/// Remembers what parameters mean, as a file has few different ones. Not locked.
-class KRVCardParameterCache {
- public:
-  /// Valid until the next call.
-  const KRVCardParameters& parse(std::string_view text);
-
- private:
-  struct Slot {
-    std::string text;
-    KRVCardParameters parameters;
-  };
-
-  static constexpr size_t kSlots = 512;
-  static constexpr size_t kLongest = 128;
-
-  std::array<Slot, kSlots> slots_;
-  KRVCardParameters uncached_;
-  KRVCardParameters none_;
-};

@@ -27,7 +27,7 @@ void KRVCardParser::take(const KRVCardLine& line) {
     pass(KRVCardReason::NoColon);
     return;
   }
-  const KRVCardProperty& property = krVCardProperty(line.name);
+  const KRVCardProperty& property = *line.property;
   switch (property.meaning) {
     case KRVCardMeaning::Version:
       values_.setVersion(krTrimmedBlanks(line.value));
@@ -108,8 +108,9 @@ void KRVCardParser::takeName() {
   constexpr uint8_t kParts[] = {static_cast<uint8_t>(KRCardPart::LastName), static_cast<uint8_t>(KRCardPart::FirstName),
                                 static_cast<uint8_t>(KRCardPart::MiddleName), static_cast<uint8_t>(KROrdinal::Title),
                                 static_cast<uint8_t>(KROrdinal::Suffix)};
-  std::vector<Place> parts = split(';');
-  if (parts.size() == 1) unpackName(parts);
+  const std::vector<Place>& written = split(';');
+  const std::vector<Place> unpacked = written.size() == 1 ? unpackedName(written.front()) : std::vector<Place>();
+  const std::vector<Place>& parts = unpacked.empty() ? written : unpacked;
   for (size_t i = 0; i < std::min(parts.size(), std::size(kParts)); ++i) {
     if (parts[i].isEmpty()) continue;
     draft_.add(kParts[i], parts[i]);
@@ -117,18 +118,18 @@ void KRVCardParser::takeName() {
   }
 }
 
-void KRVCardParser::unpackName(std::vector<Place>& parts) const {
-  // Some programs escape the separators too: a single part with all four of them is the whole name.
+/// Some programs escape the separators too: a single part with all four of them is the whole name. Nothing for others.
+std::vector<KRCardDraft::Place> KRVCardParser::unpackedName(const Place& whole) const {
   constexpr std::ptrdiff_t kSeparators = 4;
-  const Place whole = parts.front();
   const std::string_view text = draft_.text(whole);
-  if (std::count(text.begin(), text.end(), ';') != kSeparators) return;
-  parts.clear();
+  std::vector<Place> parts;
+  if (std::count(text.begin(), text.end(), ';') != kSeparators) return parts;
   for (size_t at = 0; at <= text.size();) {
     const size_t end = std::min(text.find(';', at), text.size());
     parts.push_back(whole.part(at, end - at));
     at = end + 1;
   }
+  return parts;
 }
 
 void KRVCardParser::takeOrganisation() {

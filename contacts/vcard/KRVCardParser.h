@@ -53,7 +53,7 @@ class KRVCardParser {
   const std::vector<Place>& split(char separator) { return values_.split(separator); }
 
   void takeName();
-  void unpackName(std::vector<Place>& parts) const;
+  std::vector<Place> unpackedName(const Place& whole) const;
   void takeOrganisation();
   void takeFirstText(KROrdinal ordinal);
   void takeTags();

@@ -27,6 +27,11 @@ std::string_view withoutLineEnd(std::string_view line) noexcept {
   return line;
 }
 
+/// Whether a line of that meaning may be where a card, or one inside it, begins or ends.
+bool isFrame(KRVCardMeaning meaning) noexcept {
+  return meaning == KRVCardMeaning::Begin || meaning == KRVCardMeaning::End || meaning == KRVCardMeaning::Agent;
+}
+
 bool isWide(KRTextEncoding encoding) noexcept {
   return encoding != KRTextEncoding::Utf8 && encoding != KRTextEncoding::Other;
 }
@@ -181,6 +186,11 @@ const char* KRVCardReader::takeOutside(const KRVCardLine& line) {
 }
 
 bool KRVCardReader::takeInside(const KRVCardLine& line) {
+  if (depth_ == 0 && !isFrame(line.property->meaning)) {
+    isAfterAgent_ = false;
+    parser_.take(line);
+    return true;
+  }
   const bool isBegin = line.isBegin();
   const bool opens = isBegin && isAfterAgent_;
   isAfterAgent_ = false;

@@ -1,68 +1,134 @@
 #include "contacts/vcard/KRVCardScan.h"
 
+#include <array>
+#include <atomic>
 #include <bit>
+#include <cstddef>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
+#if defined(__x86_64__)
+#include <immintrin.h>
 #endif
 
 namespace {
 
-void scanByte(char byte, const char* at, KRVCardScan& scan) noexcept {
-  if (byte == ':' && scan.colon == nullptr) scan.colon = at;
-  if (static_cast<unsigned char>(byte) >= 0x80) scan.flags |= KRVCardScan::High;
-  if (byte == '\\') scan.flags |= KRVCardScan::Backslash;
-  if (byte == '\x1B') scan.flags |= KRVCardScan::Escape;
-  if (byte == '"') scan.flags |= KRVCardScan::Quote;
-}
-
-#if defined(__SSE2__)
-
-uint32_t equal(__m128i bytes, char byte) noexcept {
-  return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte))));
-}
-
-/// Scans sixteen bytes; whether the line ends among them.
-bool scanBlock(const char* at, KRVCardScan& scan) noexcept {
-  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-  const uint32_t ends = equal(bytes, '\n') | equal(bytes, '\r');
-  // The bits of the bytes before the line end.
-  const uint32_t before = ends == 0 ? 0xFFFFU : (ends & (0U - ends)) - 1U;
-  if (scan.colon == nullptr) {
-    const uint32_t colons = equal(bytes, ':') & before;
-    if (colons != 0) scan.colon = at + std::countr_zero(colons);
-  }
-  const auto high = static_cast<uint32_t>(_mm_movemask_epi8(bytes)) & before;
-  const uint32_t special = (equal(bytes, '\\') | equal(bytes, '\x1B') | equal(bytes, '"')) & before;
-  if (high != 0) scan.flags |= KRVCardScan::High;
-  if (special != 0) {
-    if ((equal(bytes, '\\') & before) != 0) scan.flags |= KRVCardScan::Backslash;
-    if ((equal(bytes, '\x1B') & before) != 0) scan.flags |= KRVCardScan::Escape;
-    if ((equal(bytes, '"') & before) != 0) scan.flags |= KRVCardScan::Quote;
-  }
-  if (ends == 0) return false;
-  scan.end = at + std::countr_zero(ends);
-  return true;
-}
-
-#endif
-
-}  // namespace
-
-KRVCardScan krScanLine(const char* begin, const char* end) noexcept {
-  KRVCardScan scan{end, nullptr, 0};
-  const char* at = begin;
-#if defined(__SSE2__)
-  for (; end - at >= 16; at += 16) {
-    if (scanBlock(at, scan)) return scan;
-  }
-#endif
+/// Goes on byte by byte.
+KRVCardScan scanRest(const char* at, const char* end, KRVCardScan scan) noexcept {
   for (; at != end; ++at) {
     if (*at == '\n' || *at == '\r') {
       scan.end = at;
       return scan;
     }
-    scanByte(*at, at, scan);
+    if (*at == ':' && scan.colon == nullptr) scan.colon = at;
+    if (static_cast<unsigned char>(*at) >= 0x80) scan.flags |= KRVCardScan::High;
+    if (*at == '\\') scan.flags |= KRVCardScan::Backslash;
+    if (*at == '\x1B') scan.flags |= KRVCardScan::Escape;
+    if (*at == '"') scan.flags |= KRVCardScan::Quote;
   }
   return scan;
+}
+
+KRVCardScan scanBytes(const char* begin, const char* end) noexcept {
+  return scanRest(begin, end, {end, nullptr, 0});
+}
+
+#if defined(__x86_64__)
+
+/// What a block of bytes holds: a bit for each byte, the first the lowest.
+struct Found {
+  uint32_t ends;
+  uint32_t colons;
+  uint32_t high;
+  /// Backslashes, escapes and quotes: rare, so that they are told apart only where there are any.
+  uint32_t special;
+};
+
+/// Takes a block over into the scan; whether the line ends in it.
+inline bool take(const char* at, const Found& found, KRVCardScan& scan) noexcept {
+  // The bits of the bytes before the line end, all of them when there is none.
+  const uint32_t before = (found.ends & (0U - found.ends)) - 1U;
+  const uint32_t colons = found.colons & before;
+  if (scan.colon == nullptr && colons != 0) scan.colon = at + std::countr_zero(colons);
+  if (((found.high | found.special) & before) != 0) {
+    if ((found.high & before) != 0) scan.flags |= KRVCardScan::High;
+    for (uint32_t special = found.special & before; special != 0; special &= special - 1) {
+      const char byte = at[std::countr_zero(special)];
+      scan.flags |= byte == '\\' ? KRVCardScan::Backslash : byte == '\x1B' ? KRVCardScan::Escape : KRVCardScan::Quote;
+    }
+  }
+  if (found.ends == 0) return false;
+  scan.end = at + std::countr_zero(found.ends);
+  return true;
+}
+
+KRVCardScan scanBy16(const char* begin, const char* end) noexcept {
+  KRVCardScan scan{end, nullptr, 0};
+  const char* at = begin;
+  for (; end - at >= 16; at += 16) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    const auto equal = [&](char byte) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte)); };
+    const auto bits = [](__m128i mask) { return static_cast<uint32_t>(_mm_movemask_epi8(mask)); };
+    const Found found{bits(_mm_or_si128(equal('\n'), equal('\r'))), bits(equal(':')), bits(bytes),
+                      bits(_mm_or_si128(_mm_or_si128(equal('\\'), equal('\x1B')), equal('"')))};
+    if (take(at, found, scan)) return scan;
+  }
+  return scanRest(at, end, scan);
+}
+
+[[gnu::target("avx2")]] inline __m256i equal(__m256i bytes, char byte) noexcept {
+  return _mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(byte));
+}
+
+[[gnu::target("avx2")]] inline uint32_t bits(__m256i mask) noexcept {
+  return static_cast<uint32_t>(_mm256_movemask_epi8(mask));
+}
+
+[[gnu::target("avx2")]] KRVCardScan scanBy32(const char* begin, const char* end) noexcept {
+  KRVCardScan scan{end, nullptr, 0};
+  const char* at = begin;
+  for (; end - at >= 32; at += 32) {
+    const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
+    const __m256i special =
+        _mm256_or_si256(_mm256_or_si256(equal(bytes, '\\'), equal(bytes, '\x1B')), equal(bytes, '"'));
+    const Found found{bits(_mm256_or_si256(equal(bytes, '\n'), equal(bytes, '\r'))), bits(equal(bytes, ':')),
+                      bits(bytes), bits(special)};
+    if (take(at, found, scan)) return scan;
+  }
+  return scanRest(at, end, scan);
+}
+
+constexpr std::array<KRVCardScanner, 3> kScanners = {scanBytes, scanBy16, scanBy32};
+
+size_t countOfScanners() noexcept {
+  return __builtin_cpu_supports("avx2") != 0 ? kScanners.size() : kScanners.size() - 1;
+}
+
+#else
+
+constexpr std::array<KRVCardScanner, 1> kScanners = {scanBytes};
+
+size_t countOfScanners() noexcept {
+  return kScanners.size();
+}
+
+#endif
+
+/// Stands in for the fastest scanner until the first line.
+KRVCardScan scanFirst(const char* begin, const char* end) noexcept;
+
+constinit std::atomic<KRVCardScanner> fastest{scanFirst};
+
+KRVCardScan scanFirst(const char* begin, const char* end) noexcept {
+  const KRVCardScanner found = krLineScanners().back();
+  fastest.store(found, std::memory_order_relaxed);
+  return found(begin, end);
+}
+
+}  // namespace
+
+KRVCardScan krScanLine(const char* begin, const char* end) noexcept {
+  return fastest.load(std::memory_order_relaxed)(begin, end);
+}
+
+std::span<const KRVCardScanner> krLineScanners() noexcept {
+  return std::span(kScanners).first(countOfScanners());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 /// What one pass over the bytes of a line finds out.
 struct KRVCardScan {
@@ -23,5 +24,10 @@ struct KRVCardScan {
   uint8_t flags;
 };
 
-/// Scans from `begin` to the first line end, or to `end`.
+using KRVCardScanner = KRVCardScan (*)(const char* begin, const char* end) noexcept;
+
+/// Scans from `begin` to the first line end, or to `end`, in the fastest way that this processor knows. Any thread.
 KRVCardScan krScanLine(const char* begin, const char* end) noexcept;
+
+/// Every way that this processor knows, the slowest first. All give the same answers.
+std::span<const KRVCardScanner> krLineScanners() noexcept;

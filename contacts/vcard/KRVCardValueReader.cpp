@@ -1,8 +1,7 @@
 #include "contacts/vcard/KRVCardValueReader.h"
 
-#include <algorithm>
-
 #include "contacts/vcard/KRVCardValues.h"
+#include "platform/KRBytes.h"
 
 void KRVCardValueReader::start(const char* card, const char* end) noexcept {
   card_ = card;
@@ -77,11 +76,13 @@ const std::vector<KRCardDraft::Place>& KRVCardValueReader::split(char separator)
   if (isWhole && !hasEscapes) {
     // The parts are what stands between the separators.
     const Place whole = draft_.place(value);
-    for (size_t at = 0; at <= value.size();) {
-      const size_t end = std::min(value.find(separator, at), value.size());
-      parts_.push_back(whole.part(at, end - at));
-      at = end + 1;
-    }
+    size_t begin = 0;
+    krForEachByte(value, separator, [&](const char* at) {
+      const auto end = static_cast<size_t>(at - value.data());
+      parts_.push_back(whole.part(begin, end - begin));
+      begin = end + 1;
+    });
+    parts_.push_back(whole.part(begin, value.size() - begin));
     return parts_;
   }
   for (size_t at = 0; at <= value.size();) {

@@ -72,19 +72,6 @@ TEST(KRVCardParameters, TellEncodings) {
   EXPECT_EQ(krParseParameters(";X-APPLE-OMIT-YEAR=").omittedYear, -1);
 }
 
-TEST(KRVCardParameters, RememberWhatTheyMean) {
-  KRVCardParameterCache cache;
-  for (int round = 0; round < 3; ++round) {
-    for (int i = 0; i < 2000; ++i) {
-      const std::string text = ";TYPE=t" + std::to_string(i);
-      const KRVCardParameters& parameters = cache.parse(text);
-      ASSERT_EQ(KRLabelTable::name(parameters.label), KRText(std::string_view(text).substr(6)));
-    }
-  }
-  EXPECT_EQ(cache.parse("").label, 0);
-  EXPECT_EQ(cache.parse(";X=" + std::string(500, 'a')).label, 0);
-}
-
 TEST(KRVCardParameters, TakeManyTypesInLinearTime) {
   std::string text = ";TYPE=a";
   for (int i = 0; i < 200'000; ++i) text += ",t" + std::to_string(i);

@@ -1,0 +1,105 @@
+#include "contacts/vcard/KRVCardHeads.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "contacts/model/KRLabelTable.h"
+
+namespace {
+
+std::string group(const KRVCardHead& head, const std::string& text) {
+  return std::string(head.group.of(text.data()));
+}
+
+std::string name(const KRVCardHead& head, const std::string& text) {
+  return std::string(head.name.of(text.data()));
+}
+
+std::string parameters(const KRVCardHead& head, const std::string& text) {
+  return std::string(head.parameterText.of(text.data()));
+}
+
+}  // namespace
+
+TEST(KRVCardHeads, TellGroupNameAndParametersApart) {
+  const struct {
+    const char* text;
+    const char* group;
+    const char* name;
+    const char* parameters;
+    KRVCardMeaning meaning;
+  } kRows[] = {
+      {"", "", "", "", KRVCardMeaning::Unknown},
+      {"TEL", "", "TEL", "", KRVCardMeaning::Phone},
+      {"tel;TYPE=home", "", "tel", ";TYPE=home", KRVCardMeaning::Phone},
+      {"item1.X-ABLabel", "item1", "X-ABLabel", "", KRVCardMeaning::GroupLabel},
+      {" a.b . EMAIL\t;PREF=1", "a.b", "EMAIL", ";PREF=1", KRVCardMeaning::Email},
+      {".ADR", "", "ADR", "", KRVCardMeaning::Address},
+      {"TEL;X=\"a.b:c\"", "", "TEL", ";X=\"a.b:c\"", KRVCardMeaning::Phone},
+      {"item1.;TYPE=home", "item1", "", ";TYPE=home", KRVCardMeaning::Unknown},
+  };
+  KRVCardHeads heads;
+  for (int round = 0; round < 2; ++round) {
+    for (const auto& row : kRows) {
+      const std::string text = row.text;
+      const KRVCardHead& head = heads.find(text);
+      EXPECT_EQ(group(head, text), row.group) << text;
+      EXPECT_EQ(name(head, text), row.name) << text;
+      EXPECT_EQ(parameters(head, text), row.parameters) << text;
+      ASSERT_NE(head.property, nullptr);
+      EXPECT_EQ(head.property->meaning, row.meaning) << text;
+    }
+  }
+}
+
+TEST(KRVCardHeads, AreNotMistakenForOthersHoweverManyThereAre) {
+  KRVCardHeads heads;
+  for (int round = 0; round < 3; ++round) {
+    for (int i = 0; i < 3000; ++i) {
+      const std::string text = "TEL;TYPE=t" + std::to_string(i);
+      ASSERT_EQ(KRLabelTable::name(heads.find(text).parameters.label), KRText(std::string_view(text).substr(9)));
+      // One that is in use stays.
+      ASSERT_EQ(name(heads.find("EMAIL"), "EMAIL"), "EMAIL");
+    }
+  }
+}
+
+TEST(KRVCardHeads, OfAFileAreNearlyAllRememberedAtOnce) {
+  constexpr int kHeads = 100;
+  KRVCardHeads heads;
+  // A head that is read again gets its text elsewhere.
+  const auto placeOf = [&](int i) {
+    return heads.find("item" + std::to_string(i) + ".TEL;TYPE=a-type-of-some-length").parameters.types.data();
+  };
+  std::vector<const char*> places;
+  for (int i = 0; i < kHeads; ++i) places.push_back(placeOf(i));
+  int moved = 0;
+  for (int i = 0; i < kHeads; ++i) moved += placeOf(i) != places[static_cast<size_t>(i)] ? 1 : 0;
+  // Three heads may have to share the places of two; two never have to share one.
+  EXPECT_LE(moved, 8);
+}
+
+TEST(KRVCardHeads, AreToldApartByEachByte) {
+  KRVCardHeads heads;
+  for (size_t size = 1; size < 200; ++size) {
+    std::string text = "TEL;X=" + std::string(size, 'a');
+    ASSERT_EQ(parameters(heads.find(text), text).size(), size + 3);
+    // The same but for the last byte, and a head that ends there.
+    text.back() = ';';
+    ASSERT_EQ(parameters(heads.find(text), text).back(), ';');
+    text = std::string(size, 'b');
+    ASSERT_EQ(name(heads.find(text), text), text);
+    text.back() = '.';
+    ASSERT_EQ(name(heads.find(text), text), "");
+  }
+}
+
+TEST(KRVCardHeads, WithZerosInThemAreNotShorterOnes) {
+  KRVCardHeads heads;
+  const std::string text("TEL\0", 4);
+  EXPECT_EQ(heads.find("TEL").property->meaning, KRVCardMeaning::Phone);
+  EXPECT_EQ(heads.find(text).property->meaning, KRVCardMeaning::Unknown);
+  EXPECT_EQ(heads.find("TEL").property->meaning, KRVCardMeaning::Phone);
+}
