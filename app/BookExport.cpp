@@ -18,8 +18,7 @@ using Members = std::unordered_map<const KRGroup*, KRStringList>;
 
 /// Whether the card is the contact as it stands, under the identifier that it has in the book.
 bool holdsAll(const ABPerson& person) {
-  return !person.card().empty() && !person.isChanged() && krIsWellFormed(person.card()) &&
-         person.givenID().isNothing() && person.ID() == person.baseID();
+  return !person.card().empty() && !person.isChanged() && person.isIDOfCard() && krIsWellFormed(person.card());
 }
 
 KRVCardVersion versionOf(const ABPerson* person) {

@@ -37,7 +37,7 @@
 #include "issues/KRIssueManager.h"
 #include "issues/KRIssueNames.h"
 #include "issues/KRIssueObject.h"
-#include "platform/KRFile.h"
+#include "platform/KRFileWriter.h"
 #include "platform/KRPreferencesOverlay.h"
 
 namespace {
@@ -185,13 +185,27 @@ Json exportBook(const std::string& path) {
   const auto book = open(path);
   const std::string target = std::string(std::getenv("XDG_DATA_HOME")) + "/export.vcf";
   const Stopwatch watch;
-  std::string text;
+  auto file = KRFileWriter::open(std::string_view(target));
+  if (!file) fail(file.error().sentence);
+  // By the same pieces as the command hands them to the system.
+  constexpr size_t kPiece = size_t{256} << 10U;
+  std::string kept;
+  const auto flush = [&] {
+    if (const auto written = file->append(kept); !written) fail(written.error().sentence);
+    kept.clear();
+  };
+  size_t bytes = 0;
+  const auto put = [&](std::string_view piece) {
+    bytes += piece.size();
+    kept += piece;
+    if (kept.size() >= kPiece) flush();
+  };
   BookExport::write(
-      *book, PersonFilter(), std::nullopt, [&](std::string_view piece) { text += piece; },
-      [](const IKRPerson&, const std::string&) {}, [](double) {});
-  if (const auto written = KRFile::write(std::string_view(target), text); !written) fail(written.error().sentence);
+      *book, PersonFilter(), std::nullopt, put, [](const IKRPerson&, const std::string&) {}, [](double) {});
+  flush();
+  if (const auto written = file->commit(); !written) fail(written.error().sentence);
   const double seconds = watch.seconds();
-  return {{"seconds", seconds}, {"contacts", book->allPersonsCount()}, {"bytes", text.size()}};
+  return {{"seconds", seconds}, {"contacts", book->allPersonsCount()}, {"bytes", bytes}};
 }
 
 /// The rows kept in memory, as the peers keep them: a text for each cell, which is a slice of what was read.

@@ -134,6 +134,11 @@ void ABPerson::setID(const KRString& ID) {
   suffix_.store(0, std::memory_order_release);
 }
 
+bool ABPerson::isIDOfCard() const {
+  if (book_ != nullptr && !isIDAssigned()) book_->assignIDs(this);
+  return suffix_.load(std::memory_order_acquire) < 2 && givenID().isNothing();
+}
+
 KRString ABPerson::ID() const {
   if (book_ != nullptr && !isIDAssigned()) book_->assignIDs(this);
   KRString base = baseID();

@@ -56,6 +56,9 @@ class ABPerson : public IKRPerson {
   void setID(const KRString& ID);
   /// Whether the book has made sure that `ID` is unique. A book does so for all its persons when one is first asked.
   bool isIDAssigned() const noexcept { return suffix_.load(std::memory_order_acquire) != 0; }
+  /// Whether `ID` is the one that the card makes, the same wherever the card is read: neither given beside it nor with
+  /// the number by which the book tells it from others. The book makes sure of its identifiers first.
+  bool isIDOfCard() const;
   /// Sets which holder of its `baseID` the person is in its book, from 1; the second's `ID` ends in "-2". Called by the
   /// book's table of identifiers, which gives its own serial number too; 0 takes the
   /// place away.

@@ -1,35 +1,60 @@
 #include "contacts/vcard/KRVCardIdentity.h"
 
-#include <algorithm>
+#include <array>
 #include <cstdint>
-#include <cstdio>
-#include <string>
+#include <cstring>
+#include <memory>
 
 #include "contacts/vcard/KRVCardScan.h"
+#include "platform/KRBytes.h"
 
 namespace {
 
-/// The card with its folds undone and its line ends as line feeds, without empty lines and the last line's end.
-std::string unfolded(std::string_view card) {
-  std::string text;
-  text.reserve(card.size() + 16);
-  const char* at = card.data();
-  const char* const end = at + card.size();
-  while (at != end) {
-    const char* const lineEnd = krScanLine(at, end).end;
-    text.append(at, lineEnd);
-    at = lineEnd;
-    while (at != end && *at == '\r') ++at;
-    if (at != end && *at == '\n') ++at;
-    if (at != end && (*at == ' ' || *at == '\t')) {
-      ++at;
-    } else if (!text.empty() && text.back() != '\n') {
-      text.push_back('\n');
+/// The card with its folds undone and its line ends as line feeds, without empty lines and the last line's end. In room
+/// of its own, with eight zeros behind the text, so that it can be read by whole words.
+class Unfolded {
+ public:
+  explicit Unfolded(std::string_view card) {
+    // No line grows, and the last may get the line feed that it does not have.
+    const size_t room = card.size() + 1 + sizeof(uint64_t);
+    if (room > near_.size()) {
+      far_ = std::make_unique<char[]>(room);
+      text_ = far_.get();
     }
+    char* to = text_;
+    const char* at = card.data();
+    const char* const end = at + card.size();
+    while (at != end) {
+      const char* const lineEnd = krScanLine(at, end).end;
+      const auto size = static_cast<size_t>(lineEnd - at);
+      std::memcpy(to, at, size);
+      to += size;
+      at = lineEnd;
+      while (at != end && *at == '\r') ++at;
+      if (at != end && *at == '\n') ++at;
+      if (at != end && (*at == ' ' || *at == '\t')) {
+        ++at;
+      } else if (to != text_ && to[-1] != '\n') {
+        *to++ = '\n';
+      }
+    }
+    while (to != text_ && to[-1] == '\n') --to;
+    size_ = static_cast<size_t>(to - text_);
+    std::memset(to, 0, sizeof(uint64_t));
   }
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  return text;
-}
+  Unfolded(const Unfolded&) = delete;
+  Unfolded& operator=(const Unfolded&) = delete;
+
+  size_t size() const noexcept { return size_; }
+  /// Eight bytes as a number, the first the lowest; missing ones are zero.
+  uint64_t wordAt(size_t at) const noexcept { return krLoadWord(text_ + at); }
+
+ private:
+  std::array<char, 2048> near_;
+  std::unique_ptr<char[]> far_;
+  char* text_ = near_.data();
+  size_t size_ = 0;
+};
 
 /// The high and the low half of a product, folded together.
 uint64_t multiplyFold(uint64_t a, uint64_t b) noexcept {
@@ -38,12 +63,9 @@ uint64_t multiplyFold(uint64_t a, uint64_t b) noexcept {
   return static_cast<uint64_t>(product >> 64U) ^ static_cast<uint64_t>(product);
 }
 
-/// Eight bytes as a number, the first the lowest; missing ones are zero.
-uint64_t wordAt(std::string_view text, size_t at) noexcept {
-  uint64_t word = 0;
-  const size_t size = std::min<size_t>(text.size() - at, 8);
-  for (size_t i = 0; i < size; ++i) word |= uint64_t{static_cast<unsigned char>(text[at + i])} << (8 * i);
-  return word;
+/// The number in sixteen hexadecimal digits.
+void writeHex(uint64_t number, char* to) noexcept {
+  for (size_t i = 16; i > 0; --i, number >>= 4U) to[i - 1] = "0123456789abcdef"[number & 15U];
 }
 
 }  // namespace
@@ -52,18 +74,18 @@ KRString krCardIdentity(std::string_view card) {
   // The numbers are fixed for ever: identifiers are kept by people's other programs and by their trash.
   constexpr uint64_t kFirst = 0x9e3779b97f4a7c15U;
   constexpr uint64_t kSecond = 0xc2b2ae3d27d4eb4fU;
-  const std::string text = unfolded(card);
+  const Unfolded text(card);
   uint64_t a = kFirst ^ text.size();
   uint64_t b = kSecond + text.size();
   for (size_t at = 0; at < text.size(); at += 8) {
-    const uint64_t word = wordAt(text, at);
+    const uint64_t word = text.wordAt(at);
     a = multiplyFold(a ^ word, kSecond) + at;
     b = multiplyFold(b + word, kFirst) ^ (b << 7U);
   }
   a = multiplyFold(a ^ b, kFirst);
   b = multiplyFold(b ^ (a >> 1U), kSecond);
-  char name[33];
-  std::snprintf(name, sizeof name, "%016llx%016llx", static_cast<unsigned long long>(a),
-                static_cast<unsigned long long>(b));
-  return KRString::trusted(std::string_view(name, 32));
+  std::array<char, 32> name;
+  writeHex(a, name.data());
+  writeHex(b, name.data() + 16);
+  return KRString::trusted(std::string_view(name.data(), name.size()));
 }

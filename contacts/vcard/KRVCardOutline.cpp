@@ -81,7 +81,8 @@ bool KRVCardOutline::Line::makes(uint8_t what) const noexcept {
 
 KRVCardOutline::KRVCardOutline(std::string_view card) : card_(card) {
   KRVCardParser parser;
-  KRVCardLines scanner;
+  // It remembers the heads of lines, which would cost more to tell apart than a card to read.
+  static thread_local KRVCardLines scanner;
   KRVCardLine line;
   const char* const end = card.data() + card.size();
   size_t depth = 0;

@@ -269,6 +269,23 @@ TEST(ABPerson, GivesLaterHoldersOfAnIdentifierASuffix) {
             (std::vector<std::string>{"1", "1-2", "1-2-2", "1-3"}));
 }
 
+TEST(ABPerson, KnowsWhetherItsIdentifierIsThatOfItsCard) {
+  const std::string same = krCard({"N:a", "UID:1"});
+  const std::string nameless = krCard({"N:b"});
+  const KRCardsRead read = krReadCards(same + same + nameless + nameless);
+  const bool kExpected[] = {true, false, true, false};
+  for (size_t i = 0; i < read.count(); ++i) {
+    // Asked before anything else has asked for an identifier, too.
+    EXPECT_EQ(read.person(i).isIDOfCard(), kExpected[i]) << i;
+    EXPECT_EQ(read.person(i).ID() == read.person(i).baseID(), kExpected[i]) << i;
+  }
+  const auto alone = personOf(same);
+  EXPECT_TRUE(alone->isIDOfCard());
+  alone->setID("2"_kr);
+  EXPECT_FALSE(alone->isIDOfCard());
+  EXPECT_FALSE(krMake<ABPerson>()->isIDOfCard());
+}
+
 TEST(ABPerson, KeepsItsIdentifierWhenOthersComeAndGo) {
   const KRCardsRead read = krReadCards(krCard({"N:a", "UID:1"}) + krCard({"N:b", "UID:1"}));
   const KRRef<IKRPerson> first(read.book->allPersons().at(0));

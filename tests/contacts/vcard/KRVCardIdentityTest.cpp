@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
 
 constexpr std::string_view kCard = "BEGIN:VCARD\nN:;Ann;;;\nNOTE:Likes tea\nEND:VCARD";
@@ -31,4 +33,15 @@ TEST(KRVCardIdentity, TellsTextsApart) {
         ""}) {
     EXPECT_NE(krCardIdentity(other), krCardIdentity(kCard)) << other;
   }
+}
+
+TEST(KRVCardIdentity, OfLongCardsIsFixedToo) {
+  // Around the size from which a card does not fit into the room on the stack.
+  const auto identity = [](size_t size) {
+    return std::string(krCardIdentity("BEGIN:VCARD\r\nNOTE:" + std::string(size, 'x') + "\r\nEND:VCARD").view());
+  };
+  EXPECT_EQ(identity(2009), "968d01f7297a764a9e7223d2c6f380c7");
+  EXPECT_EQ(identity(2010), "59221a93d61a03725455932f757deee7");
+  EXPECT_EQ(identity(2011), "402cea6c3e8691376f84773fe2db697b");
+  EXPECT_EQ(identity(70000), "d60a56dec04d06678c81044063cbce1f");
 }
