@@ -205,8 +205,22 @@ KRResult<void> KRTrashAddressBook::write(Persons persons) {
   if (KRResult<void> written = KRFile::write(path, archive, options); !written) return written;
   note->keep();
   stamp_ = KRFileStamp::of(path);
+  isFileNew_ = !now;
   inFile_ = std::move(persons);
   reading_ = {};
+  return {};
+}
+
+KRResult<void> KRTrashAddressBook::removeFile() {
+  const KRString path = savePath();
+  const KRResult<KRFileLock> lock = KRFileLock::hold(folderOf(path));
+  if (KRFileStamp::of(path) != stamp_) return KRError{KRErrorCode::Changed, "the trash was changed meanwhile"};
+  KRResult<KRUndoNote> note = KRUndoRecorder::recordRemoval(path, folderOf(path));
+  if (!note) return note.error();
+  if (KRResult<void> removed = KRFile::remove(path); !removed) return removed;
+  note->keep();
+  stamp_ = {};
+  inFile_.clear();
   return {};
 }
 
@@ -244,6 +258,8 @@ bool KRTrashAddressBook::takeBack(KRAddressBook& book) {
   for (const auto& person : inFile_) {
     if (copies.count(person.get()) == 0) rest.push_back(person);
   }
+  // Without what is taken out everything is as it was before, also when there was no file.
+  if (rest.empty() && isFileNew_) return removeFile().isOk();
   return write(std::move(rest)).isOk();
 }
 

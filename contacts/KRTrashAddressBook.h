@@ -108,9 +108,13 @@ class KRTrashAddressBook : public KRAddressBook {
   KRResult<void> merge(const KRString& path, Persons& persons);
   /// Writes the list, joined with the file's where others wrote since.
   KRResult<void> write(Persons persons);
+  /// Removes the file, when nobody has written it since.
+  KRResult<void> removeFile();
 
   /// The file as it was when it was read or written last; nothing when there was none.
   std::optional<KRFileStamp> stamp_;
+  /// Whether the last write made it.
+  bool isFileNew_ = false;
   /// The persons in it then.
   Persons inFile_;
   /// Those of them that the last save put there.

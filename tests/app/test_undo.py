@@ -349,8 +349,19 @@ class Undo(host.HostTest):
         self.assertEqual(titles, self.titles())
 
     def test_a_run_that_fails_and_takes_back_what_it_wrote_leaves_no_record(self):
-        book = self.file_book(ANN + BOB + host.card("N:;Dot;;;", f"NOTE:{'x' * 200000}", "UID:dot"))
+        book = self.large_book()
         self.put(BOB.replace("TEL:2", "TEL:22"), book)
+        self.check_a_failure_leaves_nothing(book)
+
+    def test_a_run_that_fails_leaves_no_first_trash_either(self):
+        book = self.large_book()
+        self.check_a_failure_leaves_nothing(book)
+        self.assertFalse(self.trash().exists())
+
+    def large_book(self):
+        return self.file_book(ANN + BOB + host.card("N:;Dot;;;", f"NOTE:{'x' * 200000}", "UID:dot"))
+
+    def check_a_failure_leaves_nothing(self, book):
         before, titles = self.kept(), self.titles()
         self.write("in.vcf", NEW_ANN)
         # The trash can be written, the book is too large.
