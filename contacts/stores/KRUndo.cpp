@@ -54,7 +54,7 @@ std::vector<KRUndo::Target> byPlace(const std::vector<KRUndo::Target>& targets) 
 KRResult<std::vector<KRUndo::Target>> KRUndo::check(const KRUndoRecords::Run& run) {
   const KRResult<Steps> steps = stepsOf(run);
   if (!steps) return steps.error();
-  const KRResult<std::vector<Target>> targets = targetsOf(*steps);
+  KRResult<std::vector<Target>> targets = targetsOf(*steps);
   if (!targets) return targets;
   return byPlace(*targets);
 }
