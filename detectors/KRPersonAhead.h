@@ -31,9 +31,9 @@ class KRPersonAhead {
   }
 
  private:
-  static constexpr size_t kNext = 4;
-  static constexpr size_t kNear = 8;
-  static constexpr size_t kFar = 16;
+  static constexpr size_t kNext = 12;
+  static constexpr size_t kNear = 24;
+  static constexpr size_t kFar = 48;
 
   const KRPersonList& persons_;
   std::optional<KROrdinal> property_;
