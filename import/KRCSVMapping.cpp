@@ -73,13 +73,16 @@ std::string joined(const KRStringList& texts) {
   return list;
 }
 
-KRRef<KRValueMap> savedMappings() {
-  const KRValue saved = KRPreferences::standard()->value(kSavedKey);
+KRRef<KRValueMap> mappingsIn(const KRValue& saved) {
   auto copy = krMake<KRValueMap>();
   if (const auto* map = saved.as<KRValueMap>()) {
     for (const KRValueMap::Entry& entry : map->entries()) copy->set(entry.key, entry.value);
   }
   return copy;
+}
+
+KRRef<KRValueMap> savedMappings() {
+  return mappingsIn(KRPreferences::standard()->value(kSavedKey));
 }
 
 KRString textOf(const KRValueMap& map, KRText key) {
@@ -292,9 +295,11 @@ KRResult<void> KRCSVMapping::save(const KRString& name) const {
   if (name.isEmpty()) return KRError{KRErrorCode::InvalidArgument, "a mapping is saved under a name"};
   auto list = krMake<KRValueList>();
   for (const KRCSVColumn& column : columns_) list->values().emplace_back(savedColumn(column));
-  const KRRef<KRValueMap> all = savedMappings();
-  all->set(name, list);
-  KRPreferences::standard()->setValue(all, kSavedKey);
+  KRPreferences::standard()->update(kSavedKey, [name, list](const KRValue& now) {
+    const KRRef<KRValueMap> all = mappingsIn(now);
+    all->set(name, list);
+    return KRValue(all);
+  });
   return KRPreferences::standard()->flush();
 }
 
@@ -332,11 +337,13 @@ KRStringList KRCSVMapping::savedNames() {
 }
 
 KRResult<void> KRCSVMapping::removeSaved(const KRString& name) {
-  auto kept = krMake<KRValueMap>();
-  const KRRef<KRValueMap> all = savedMappings();
-  for (const KRValueMap::Entry& entry : all->entries()) {
-    if (!(entry.key == name)) kept->set(entry.key, entry.value);
-  }
-  KRPreferences::standard()->setValue(kept, kSavedKey);
+  KRPreferences::standard()->update(kSavedKey, [name](const KRValue& now) {
+    auto kept = krMake<KRValueMap>();
+    const KRRef<KRValueMap> all = mappingsIn(now);
+    for (const KRValueMap::Entry& entry : all->entries()) {
+      if (!(entry.key == name)) kept->set(entry.key, entry.value);
+    }
+    return KRValue(kept);
+  });
   return KRPreferences::standard()->flush();
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "contacts/undo/KRUndoRecorder.h"
 #include "handles/KRIssueHandle.h"
@@ -111,17 +112,41 @@ const KRArchiveClass& archiveClass() {
   return kClass;
 }
 
-KRRef<KRIssueManager> makeShared() {
-  auto stored = krSettingsAs<KRIssueManager>(krStoredSettings(kPreferencesKey, archiveClass()));
-  return stored ? stored : KRIssueManager::init();
-}
+/// What the archive of a manager holds.
+class Choice : public KRObject {
+ public:
+  explicit Choice(KRStringList names) : names_(std::move(names)) {}
+  KRText archiveClassName() const override { return archiveClass().name; }
+  void encodeWithCoder(KRKeyedArchiver& coder) const override {
+    coder.encode(KRValueList::ofTexts(names_), kUsedNamesKey);
+  }
 
-KRSharedInstance<KRIssueManager>& shared() {
+ private:
+  KRStringList names_;
+};
+
+}  // namespace
+
+KRSharedInstance<KRIssueManager>& KRIssueManager::shared() {
   static auto& instance = *new KRSharedInstance<KRIssueManager>(makeShared);
   return instance;
 }
 
-}  // namespace
+KRRef<KRIssueManager> KRIssueManager::makeShared() {
+  auto manager = krSettingsAs<KRIssueManager>(krStoredSettings(kPreferencesKey, archiveClass()));
+  const bool isStored = static_cast<bool>(manager);
+  if (!isStored) {
+    manager = krMake<KRIssueManager>();
+    manager->useAll();
+  }
+  manager->isShared_ = true;
+  manager->saved_ = issueNamesByIssues(&manager->useItemArray_);
+  if (isStored) return manager;
+  // No doing of the user's that could be undone.
+  const KRUndoRecorder::Pause pause;
+  manager->saveToUserDefault();
+  return manager;
+}
 
 KRIssueManager& KRIssueManager::shareIssueManager() {
   return shared().get();
@@ -138,7 +163,6 @@ KRIssueManager::KRIssueManager() {
 KRRef<KRIssueManager> KRIssueManager::init() {
   auto manager = krMake<KRIssueManager>();
   manager->useAll();
-  // No doing of the user's that could be undone.
   const KRUndoRecorder::Pause pause;
   manager->saveToUserDefault();
   return manager;
@@ -185,6 +209,7 @@ void KRIssueManager::setUseIssues(const KRIssueList* issues) {
   useItemArray_.removeAll();
   for (const auto& issue : given) useItemArray_.append(issue);
   sortUseArray();
+  saved_.reset();
   saveToUserDefault();
 }
 
@@ -218,6 +243,7 @@ void KRIssueManager::removeUseIssue(const KRIssue* issue) {
 
 void KRIssueManager::clearUseIssue() {
   useItemArray_.removeAll();
+  saved_.reset();
   saveToUserDefault();
 }
 
@@ -257,7 +283,17 @@ KRStringList KRIssueManager::issueNamesByIssues(const KRIssueList* issues) {
 }
 
 void KRIssueManager::saveToUserDefault() {
-  krStoreSettings(*this, kPreferencesKey);
+  const KRStringList mine = issueNamesByIssues(&useItemArray_);
+  krUpdateSettings(kPreferencesKey, archiveClass(), [mine, saved = saved_](const KRRef<KRObject>& stored) {
+    const auto theirs = krSettingsAs<KRIssueManager>(stored);
+    const KRStringList there = theirs ? issueNamesByIssues(&theirs->useItemArray_) : KRStringList();
+    if (!theirs || !saved || there == *saved) return KRRef<KRObject>(krMake<Choice>(mine));
+    theirs->useItemArray_.removeAll();
+    theirs->initCurIssuesWithNames(krMergedTexts(there, *saved, mine));
+    theirs->sortUseArray();
+    return KRRef<KRObject>(theirs);
+  });
+  if (isShared_) saved_ = mine;
 }
 
 KRText KRIssueManager::archiveClassName() const {
@@ -265,5 +301,5 @@ KRText KRIssueManager::archiveClassName() const {
 }
 
 void KRIssueManager::encodeWithCoder(KRKeyedArchiver& coder) const {
-  coder.encode(KRValueList::ofTexts(issueNamesByIssues(&useItemArray_)), kUsedNamesKey);
+  Choice(issueNamesByIssues(&useItemArray_)).encodeWithCoder(coder);
 }

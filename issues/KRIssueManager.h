@@ -1,18 +1,24 @@
 #pragma once
 
+#include <optional>
+
 #include "issues/KRIssue.h"
 #include "issues/KRIssueNames.h"
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
 class KRKeyedUnarchiver;
+template <class T>
+class KRSharedInstance;
 
 /// The registry of the issue types: the catalogue of what the engine offers, and the user's choice of what to scan for
 /// (the *used* issues), which is kept in the preferences.
 ///
 /// Every manager builds catalogue objects of its own. The used list holds catalogue objects only; after every change
 /// made through the manager it stands in catalogue order without repeats, and is saved at once. Issues are told apart
-/// by identity. The lists are not locked: the host changes them on its own thread, a run copies the used list once.
+/// by identity. What the shared manager adds or removes is added to, and removed from, the choice as it is stored by
+/// then, which may be another process's; what sets the whole choice replaces it. The lists are not locked: the host
+/// changes them on its own thread, a run copies the used list once.
 class KRIssueManager : public KRObject {
  public:
   /// The shared manager: made on first use from what the preferences hold, else by `init`. It lives as long as the
@@ -74,7 +80,12 @@ class KRIssueManager : public KRObject {
   KRIssueManager();
   void initSupportIssues();
   void useAll();
+  static KRSharedInstance<KRIssueManager>& shared();
+  static KRRef<KRIssueManager> makeShared();
 
   KRIssueList supoortItemArray_;
   KRIssueList useItemArray_;
+  bool isShared_ = false;
+  /// What the shared manager used when it was read or saved last; nothing for one that replaces what is stored.
+  std::optional<KRStringList> saved_;
 };

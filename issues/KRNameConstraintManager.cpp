@@ -48,16 +48,6 @@ const KRArchiveClass& archiveClass() {
   return kClass;
 }
 
-KRRef<KRNameConstraintManager> makeShared() {
-  auto stored = krSettingsAs<KRNameConstraintManager>(krStoredSettings(kPreferencesKey, archiveClass()));
-  return stored ? stored : KRNameConstraintManager::init();
-}
-
-KRSharedInstance<KRNameConstraintManager>& shared() {
-  static auto& instance = *new KRSharedInstance<KRNameConstraintManager>(makeShared);
-  return instance;
-}
-
 void append(KRStringList& list, std::span<const KRString> items) {
   list.insert(list.end(), items.begin(), items.end());
 }
@@ -77,6 +67,11 @@ KRStringList decodedList(KRKeyedUnarchiver& coder, KRText key) {
 
 }  // namespace
 
+KRSharedInstance<KRNameConstraintManager>& KRNameConstraintManager::shared() {
+  static auto& instance = *new KRSharedInstance<KRNameConstraintManager>(makeShared);
+  return instance;
+}
+
 KRNameConstraintManager& KRNameConstraintManager::ShareNameConstrainManager() {
   return shared().get();
 }
@@ -85,11 +80,29 @@ void KRNameConstraintManager::reloadShared() {
   shared().forget();
 }
 
-KRRef<KRNameConstraintManager> KRNameConstraintManager::init() {
+KRRef<KRNameConstraintManager> KRNameConstraintManager::makeShared() {
+  auto manager = krSettingsAs<KRNameConstraintManager>(krStoredSettings(kPreferencesKey, archiveClass()));
+  const bool isStored = static_cast<bool>(manager);
+  if (!isStored) manager = withDefaults();
+  manager->isShared_ = true;
+  manager->savedPrefixes_ = manager->prefixItemArray_;
+  manager->savedSuffixes_ = manager->suffixItemArray_;
+  if (isStored) return manager;
+  // No doing of the user's that could be undone.
+  const KRUndoRecorder::Pause pause;
+  manager->saveToUserDefault();
+  return manager;
+}
+
+KRRef<KRNameConstraintManager> KRNameConstraintManager::withDefaults() {
   auto manager = krMake<KRNameConstraintManager>();
   manager->setDefaultPrefixValue();
   manager->setDefaultSuffixValue();
-  // No doing of the user's that could be undone.
+  return manager;
+}
+
+KRRef<KRNameConstraintManager> KRNameConstraintManager::init() {
+  auto manager = withDefaults();
   const KRUndoRecorder::Pause pause;
   manager->saveToUserDefault();
   return manager;
@@ -135,12 +148,14 @@ void KRNameConstraintManager::setDefaultSuffixValue() {
 void KRNameConstraintManager::resetPrefixItemArray() {
   prefixItemArray_.clear();
   setDefaultPrefixValue();
+  savedPrefixes_.reset();
   saveToUserDefault();
 }
 
 void KRNameConstraintManager::resetSuffixItemArray() {
   suffixItemArray_.clear();
   setDefaultSuffixValue();
+  savedSuffixes_.reset();
   saveToUserDefault();
 }
 
@@ -149,6 +164,8 @@ void KRNameConstraintManager::resetAll() {
   suffixItemArray_.clear();
   setDefaultPrefixValue();
   setDefaultSuffixValue();
+  savedPrefixes_.reset();
+  savedSuffixes_.reset();
   saveToUserDefault();
 }
 
@@ -168,7 +185,34 @@ void KRNameConstraintManager::forgetLanguage() noexcept {
 }
 
 void KRNameConstraintManager::saveToUserDefault() {
-  krStoreSettings(*this, kPreferencesKey);
+  const KRRef<const KRNameConstraintManager> mine = copy();
+  krUpdateSettings(kPreferencesKey, archiveClass(), [mine](const KRRef<KRObject>& stored) {
+    return KRRef<KRObject>(mine->mergedInto(krSettingsAs<KRNameConstraintManager>(stored)));
+  });
+  if (!isShared_) return;
+  savedPrefixes_ = prefixItemArray_;
+  savedSuffixes_ = suffixItemArray_;
+}
+
+KRRef<KRNameConstraintManager> KRNameConstraintManager::copy() const {
+  auto manager = krMake<KRNameConstraintManager>();
+  manager->prefixItemArray_ = prefixItemArray_;
+  manager->suffixItemArray_ = suffixItemArray_;
+  manager->savedPrefixes_ = savedPrefixes_;
+  manager->savedSuffixes_ = savedSuffixes_;
+  return manager;
+}
+
+KRRef<KRNameConstraintManager> KRNameConstraintManager::mergedInto(const KRRef<KRNameConstraintManager>& stored) const {
+  KRRef<KRNameConstraintManager> merged = copy();
+  if (!stored) return merged;
+  if (savedPrefixes_) {
+    merged->prefixItemArray_ = krMergedTexts(stored->prefixItemArray_, *savedPrefixes_, prefixItemArray_);
+  }
+  if (savedSuffixes_) {
+    merged->suffixItemArray_ = krMergedTexts(stored->suffixItemArray_, *savedSuffixes_, suffixItemArray_);
+  }
+  return merged;
 }
 
 KRText KRNameConstraintManager::archiveClassName() const {

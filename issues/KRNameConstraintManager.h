@@ -1,14 +1,21 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "platform/KRObject.h"
 #include "platform/KRString.h"
 
 class KRKeyedUnarchiver;
+template <class T>
+class KRSharedInstance;
 
 /// The name prefixes (titles) and name suffixes that count as usual, kept in the preferences. Names with others are
 /// reported; the user can add them here. What is usual at first depends on the library's language, French or not.
+///
+/// The shared manager changes in the preferences only what it has changed itself: what another process has added or
+/// taken away meanwhile stays so there, though the manager does not see it. A reset, and any other manager, replaces
+/// all.
 ///
 /// The lists are not locked: the host changes them on its own thread. A search takes a reference at its start.
 class KRNameConstraintManager : public KRObject {
@@ -61,7 +68,19 @@ class KRNameConstraintManager : public KRObject {
   template <class T, class... Arguments>
   friend KRRef<T> krMake(Arguments&&...);
   KRNameConstraintManager() = default;
+  static KRSharedInstance<KRNameConstraintManager>& shared();
+  static KRRef<KRNameConstraintManager> makeShared();
+  static KRRef<KRNameConstraintManager> withDefaults();
+
+  KRRef<KRNameConstraintManager> copy() const;
+  /// What is to be stored where `stored` is, or nothing is.
+  KRRef<KRNameConstraintManager> mergedInto(const KRRef<KRNameConstraintManager>& stored) const;
 
   KRStringList prefixItemArray_;
   KRStringList suffixItemArray_;
+  bool isShared_ = false;
+  /// What the shared manager's lists held when they were read or saved last; nothing for one that replaces what is
+  /// stored.
+  std::optional<KRStringList> savedPrefixes_;
+  std::optional<KRStringList> savedSuffixes_;
 };

@@ -69,37 +69,34 @@ KRRef<KRFilePreferences> KRFilePreferences::forHost() {
   return krMake<KRFilePreferences>(pathForHost());
 }
 
-KRValue KRFilePreferences::value(KRText key) {
-  const std::lock_guard lock(lock_);
-  const auto changed =
-      std::find_if(changes_.begin(), changes_.end(), [&](const Change& each) { return each.key == key; });
-  if (changed != changes_.end()) return krCopyThroughPlist(changed->value);
-  refresh();
+KRValue KRFilePreferences::valueInFile(KRText key) const {
   return krValueOfPlist(list_, list_.find(list_.root(), key));
 }
 
+KRValue KRFilePreferences::value(KRText key) {
+  const std::lock_guard lock(lock_);
+  const KRPreferenceChanges::Entry* changed = changes_.find(key);
+  if (changed != nullptr && changed->isWhole) return changed->appliedTo(KRValue());
+  refresh();
+  return changed != nullptr ? changed->appliedTo(valueInFile(key)) : valueInFile(key);
+}
+
+// What cannot be written stays among the changes, and `flush` tells why.
+
 void KRFilePreferences::setValue(const KRValue& value, KRText forKey) {
-  if (value.isNothing()) return remove(forKey);
-  KRValue copy = krCopyThroughPlist(value);
-  if (!copy.isNothing()) change(forKey, std::move(copy));
+  const std::lock_guard lock(lock_);
+  changes_.set(forKey, value);
+  static_cast<void>(writeChanges());
+}
+
+void KRFilePreferences::update(KRText key, const Change& change) {
+  const std::lock_guard lock(lock_);
+  changes_.update(key, change);
+  static_cast<void>(writeChanges());
 }
 
 void KRFilePreferences::remove(KRText key) {
-  change(key, KRValue());
-}
-
-void KRFilePreferences::change(KRText key, KRValue value) {
-  if (key.isNothing()) return;
-  const std::lock_guard lock(lock_);
-  const auto changed =
-      std::find_if(changes_.begin(), changes_.end(), [&](const Change& each) { return each.key == key; });
-  if (changed != changes_.end()) {
-    changed->value = std::move(value);
-  } else {
-    changes_.push_back({KRString(key), std::move(value)});
-  }
-  // What cannot be written stays among the changes, and `flush` tells why.
-  static_cast<void>(writeChanges());
+  setValue(KRValue(), key);
 }
 
 KRResult<void> KRFilePreferences::flush() {
@@ -139,7 +136,7 @@ KRResult<void> KRFilePreferences::load() {
 }
 
 KRResult<void> KRFilePreferences::writeChanges() {
-  if (changes_.empty()) return {};
+  if (changes_.isEmpty()) return {};
   if (path_.isEmpty()) return KRError{KRErrorCode::InvalidArgument, "there is no folder to keep preferences in"};
   if (KRResult<void> made = KRFile::createFolders(folderOf(path_), true); !made) return made;
   const KRResult<KRDescriptor> held = lockFor(path_);
@@ -147,58 +144,53 @@ KRResult<void> KRFilePreferences::writeChanges() {
 
   KRFileWriter::removeLeftovers(path_);
   if (KRResult<void> loaded = load(); !loaded) return loaded;
-  tellObserver();
-  const std::optional<std::string> content = changedContent();
-  // The list now holds the changes; what the file holds is read again when it is asked for.
-  stamp_.reset();
-  if (content) {
+  const std::vector<Observed> made = differences();
+  if (!made.empty()) {
+    if (const std::shared_ptr<const Observer> told = observer().get()) std::for_each(made.begin(), made.end(), *told);
+    const std::string content = contentWith(made);
     if (content_ == Content::Damaged) {
       if (const KRResult<KRString> aside = KRFile::setAside(path_, "damaged"); !aside) return aside.error();
     }
     KRFile::WriteOptions options;
     options.isPrivate = true;
-    if (KRResult<void> written = KRFile::write(path_, *content, options); !written) return written;
+    if (KRResult<void> written = KRFile::write(path_, content, options); !written) return written;
   }
   changes_.clear();
   return {};
 }
 
-void KRFilePreferences::tellObserver() {
-  const std::shared_ptr<const Observer> told = observer().get();
-  if (!told) return;
-  for (const Change& each : changes_) {
-    const KRValue before = krValueOfPlist(list_, list_.find(list_.root(), each.key));
-    if (!before.isEqual(each.value)) (*told)({path_, each.key, before, each.value});
+std::vector<KRFilePreferences::Observed> KRFilePreferences::differences() const {
+  std::vector<Observed> made;
+  for (const KRPreferenceChanges::Entry& each : changes_.entries()) {
+    KRValue before = valueInFile(each.key);
+    KRValue after = each.appliedTo(before);
+    // What values have no kind for is there all the same.
+    const bool goes = after.isNothing() && list_.find(list_.root(), each.key) != KRBinaryPlist::kNone;
+    if (goes || !before.isEqual(after)) made.push_back({path_, each.key, std::move(before), std::move(after)});
   }
+  return made;
 }
 
-std::optional<std::string> KRFilePreferences::changedContent() {
+std::string KRFilePreferences::contentWith(const std::vector<Observed>& differences) {
   const Node root = list_.root();
   std::vector<Node> keys(list_.keys(root).begin(), list_.keys(root).end());
   std::vector<Node> values(list_.values(root).begin(), list_.values(root).end());
-  bool hasChanged = false;
-  for (const Change& each : changes_) {
+  for (const Observed& each : differences) {
     const auto place =
         std::find_if(keys.begin(), keys.end(), [&](Node key) { return sameText(list_.text(key), each.key); });
     const auto index = place - keys.begin();
-    if (each.value.isNothing()) {
-      if (place == keys.end()) continue;
+    if (place != keys.end()) {
       keys.erase(place);
       values.erase(values.begin() + index);
-      hasChanged = true;
-      continue;
     }
-    const std::optional<Node> value = krAddToPlist(list_, each.value);
-    if (!value) continue;
-    hasChanged = true;
-    if (place == keys.end()) {
-      keys.push_back(list_.addText(each.key));
-      values.push_back(*value);
-    } else {
-      values[static_cast<size_t>(index)] = *value;
+    // Every value here is a copy that came through a list already.
+    if (const std::optional<Node> value = krAddToPlist(list_, each.after)) {
+      keys.insert(keys.begin() + index, list_.addText(each.key));
+      values.insert(values.begin() + index, *value);
     }
   }
-  if (!hasChanged) return std::nullopt;
+  // The list now holds the changes; what the file holds is read again when it is asked for.
+  stamp_.reset();
   list_.setRoot(list_.addDictionary(keys, values));
   return list_.write();
 }

@@ -10,14 +10,16 @@
 #include "platform/KRBinaryPlist.h"
 #include "platform/KRBuffer.h"
 #include "platform/KRFileStamp.h"
+#include "platform/KRPreferenceChanges.h"
 #include "platform/KRPreferences.h"
 
 /// Preferences in one file, a binary property list whose root is a dictionary.
 ///
 /// A change takes a lock (a file beside, with ".lock" at its end, which stays there), reads the file again, changes its
-/// own keys and puts a new file in the place of the old one: keys that another process wrote meanwhile stay, and no
-/// moment leaves half a file. While another process writes, a change waits for it. What other processes write is seen
-/// by the next `value`.
+/// own keys and puts a new file in the place of the old one: keys that another process wrote meanwhile stay, and with
+/// `update` what it wrote under the same key; no moment leaves half a file. While another process writes, a change
+/// waits for it. A change after which everything is as it was writes nothing. What other processes write is seen by the
+/// next `value`.
 ///
 /// A file that is damaged or must not be read counts as empty. It is never overwritten: the first change puts it aside,
 /// beside itself, under its name with ".damaged-" and the date and time in UTC at its end.
@@ -46,26 +48,22 @@ class KRFilePreferences : public KRPreferences {
 
   KRValue value(KRText key) override;
   void setValue(const KRValue& value, KRText forKey) override;
+  void update(KRText key, const Change& change) override;
   void remove(KRText key) override;
   KRResult<void> flush() override;
 
  private:
-  /// A key that is to be written; nothing for one that is to be removed.
-  struct Change {
-    KRString key;
-    KRValue value;
-  };
   enum class Content : uint8_t { Absent, Good, Damaged };
 
-  void change(KRText key, KRValue value);
+  KRValue valueInFile(KRText key) const;
   /// Reads the file when it may not be the one that was read last.
   void refresh();
   /// Reads the file. An error is one that may pass, such as too many open files, and says nothing about the content.
   KRResult<void> load();
   KRResult<void> writeChanges();
-  void tellObserver();
-  /// The changed content of the file that was read; nothing when the changes change nothing.
-  std::optional<std::string> changedContent();
+  /// What the changes make of the file that was read, where they make a difference.
+  std::vector<Observed> differences() const;
+  std::string contentWith(const std::vector<Observed>& differences);
 
   const KRString path_;
   std::mutex lock_;
@@ -76,5 +74,5 @@ class KRFilePreferences : public KRPreferences {
   /// Nothing when the file has to be read again in any case.
   std::optional<KRFileStamp> stamp_;
   /// What is not in the file yet.
-  std::vector<Change> changes_;
+  KRPreferenceChanges changes_;
 };

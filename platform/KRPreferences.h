@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "platform/KRResult.h"
 #include "platform/KRValue.h"
 
@@ -28,6 +30,15 @@ class KRPreferences : public KRObject {
   /// key. A value that cannot stand in a property list, and a key that is nothing, change nothing. A write that fails
   /// is not lost: the value is kept in memory, read from there, and written with the next change or flush.
   virtual void setValue(const KRValue& value, KRText forKey) = 0;
+
+  /// What becomes of the value under a key: given the one that is there, nothing when there is none, it returns the one
+  /// that is to be there, nothing for none. It touches no preferences, and may be called several times.
+  using Change = std::function<KRValue(const KRValue& now)>;
+
+  /// Changes a part of the value under the key, such as one entry of a list, and leaves the rest as it is when the
+  /// change is written, whoever wrote it; else like `setValue`. This is how two processes add to one list. A store that
+  /// is not shared with others need not implement it.
+  virtual void update(KRText key, const Change& change) { setValue(change(value(key)), key); }
 
   /// Removes the key and its value (written form: `removeObjectForKey:`); written out like a change.
   virtual void remove(KRText key) = 0;

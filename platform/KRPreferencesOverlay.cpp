@@ -1,40 +1,26 @@
 #include "platform/KRPreferencesOverlay.h"
 
 #include <algorithm>
-#include <utility>
-
-#include "platform/KRPlistValue.h"
 
 KRValue KRPreferencesOverlay::value(KRText key) {
-  {
-    const std::lock_guard lock(lock_);
-    const auto changed =
-        std::find_if(changes_.begin(), changes_.end(), [&](const Change& each) { return each.key == key; });
-    if (changed != changes_.end()) return krCopyThroughPlist(changed->value);
-  }
-  return under_ ? under_->value(key) : KRValue();
+  const std::lock_guard lock(lock_);
+  const KRPreferenceChanges::Entry* changed = changes_.find(key);
+  const KRValue below = under_ && (changed == nullptr || !changed->isWhole) ? under_->value(key) : KRValue();
+  return changed != nullptr ? changed->appliedTo(below) : below;
 }
 
 void KRPreferencesOverlay::setValue(const KRValue& value, KRText forKey) {
-  if (value.isNothing()) return remove(forKey);
-  KRValue copy = krCopyThroughPlist(value);
-  if (!copy.isNothing()) change(forKey, std::move(copy));
+  const std::lock_guard lock(lock_);
+  changes_.set(forKey, value);
+}
+
+void KRPreferencesOverlay::update(KRText key, const Change& change) {
+  const std::lock_guard lock(lock_);
+  changes_.update(key, change);
 }
 
 void KRPreferencesOverlay::remove(KRText key) {
-  change(key, KRValue());
-}
-
-void KRPreferencesOverlay::change(KRText key, KRValue value) {
-  if (key.isNothing()) return;
-  const std::lock_guard lock(lock_);
-  const auto changed =
-      std::find_if(changes_.begin(), changes_.end(), [&](const Change& each) { return each.key == key; });
-  if (changed != changes_.end()) {
-    changed->value = std::move(value);
-  } else {
-    changes_.push_back({KRString(key), std::move(value)});
-  }
+  setValue(KRValue(), key);
 }
 
 KRResult<void> KRPreferencesOverlay::flush() {
@@ -45,7 +31,14 @@ KRResult<void> KRPreferencesOverlay::commit() {
   if (!under_) return {};
   // Held until the end, so that no reader sees the changes gone from here and not yet there.
   const std::lock_guard lock(lock_);
-  for (const Change& each : changes_) under_->setValue(each.value, each.key);
+  for (const KRPreferenceChanges::Entry& each : changes_.entries()) {
+    if (!isDifference(each)) continue;
+    if (each.isWhole) {
+      under_->setValue(each.appliedTo(KRValue()), each.key);
+    } else {
+      under_->update(each.key, [each](const KRValue& now) { return each.appliedTo(now); });
+    }
+  }
   changes_.clear();
   return under_->flush();
 }
@@ -57,5 +50,11 @@ void KRPreferencesOverlay::forget() {
 
 bool KRPreferencesOverlay::hasChanges() const {
   const std::lock_guard lock(lock_);
-  return !changes_.empty();
+  return std::any_of(changes_.entries().begin(), changes_.entries().end(),
+                     [&](const KRPreferenceChanges::Entry& each) { return isDifference(each); });
+}
+
+bool KRPreferencesOverlay::isDifference(const KRPreferenceChanges::Entry& change) const {
+  const KRValue now = under_ ? under_->value(change.key) : KRValue();
+  return !change.appliedTo(now).isEqual(now);
 }

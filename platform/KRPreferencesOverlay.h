@@ -1,8 +1,8 @@
 #pragma once
 
 #include <mutex>
-#include <vector>
 
+#include "platform/KRPreferenceChanges.h"
 #include "platform/KRPreferences.h"
 
 /// Preferences in memory over another store: it answers what the other answers, except for what was changed here, and
@@ -14,29 +14,26 @@ class KRPreferencesOverlay : public KRPreferences {
 
   KRValue value(KRText key) override;
   void setValue(const KRValue& value, KRText forKey) override;
+  void update(KRText key, const Change& change) override;
   void remove(KRText key) override;
   /// Success, without doing anything: nothing here is meant for the disk.
   KRResult<void> flush() override;
 
   /// Hands the changes to the store underneath, in the order in which their keys were first changed, flushes that, and
-  /// forgets them here. Its error, if any, is that of the flush.
+  /// forgets them here. What is so there already is not written. Its error, if any, is that of the flush. An `update`
+  /// is made anew of what is there by then.
   KRResult<void> commit();
 
   /// Forgets the changes.
   void forget();
 
-  /// Whether something was changed and neither committed nor forgotten.
+  /// Whether something was changed, is not as it is underneath, and was neither committed nor forgotten.
   bool hasChanges() const;
 
  private:
-  struct Change {
-    KRString key;
-    /// Nothing for a key that was removed.
-    KRValue value;
-  };
-  void change(KRText key, KRValue value);
+  bool isDifference(const KRPreferenceChanges::Entry& change) const;
 
   const KRRef<KRPreferences> under_;
   mutable std::mutex lock_;
-  std::vector<Change> changes_;
+  KRPreferenceChanges changes_;
 };

@@ -212,6 +212,20 @@ class Dialog(host.HostTest):
     def remembered(self, book):
         return [entry["persons"] for entry in self.run_host("ignored", "list", book, "--json").json()["ignored"]]
 
+    def test_settings_that_others_changed_meanwhile_stay(self):
+        book = self.book(host.card("N:Moss;Ada;;Rabbi;", "FN:Ada Moss", "UID:moss"),
+                         host.card("N:Reed;Tom;;Dean;", "FN:Tom Reed", "UID:reed"))
+        walk = terminal_session.Session(self, "fix", book, "--issues", "unusual-title")
+        self.assertIn("Ada Moss", walk.screen())
+        walk.press("1")
+        self.run_host("settings", "add", "prefixes", "Abbot")
+        self.run_host("settings", "add", "suffixes", "KC")
+        self.assertIn("Saved.", walk.press("w"))
+        walk.end("q")
+        settings = self.run_host("settings", "--json").json()
+        self.assertEqual(["Abbot", "Rabbi"], settings["prefixes"][-2:])
+        self.assertEqual("KC", settings["suffixes"][-1])
+
     def test_what_is_ignored_is_remembered_once_it_is_saved(self):
         book = self.book(SPACE, SPACE2, NOBODY)
         session = self.start(book, "--remember")

@@ -53,6 +53,16 @@ class Settings(host.HostTest):
             self.run_host("settings", "reset", what)
             self.assertEqual(DEFAULTS, self.settings())
 
+    def test_many_programs_at_once_lose_nothing(self):
+        names = [f"Title{number}" for number in range(12)]
+        running = [self.start_host("settings", "add", ("prefixes", "suffixes")[place % 2], name)
+                   for place, name in enumerate(names)]
+        for process in running:
+            err = process.communicate(timeout=host.TIMEOUT)[1]
+            self.assertEqual(0, process.returncode, err)
+        self.assertEqual(sorted(contract.PREFIXES + names[::2]), sorted(self.settings()["prefixes"]))
+        self.assertEqual(sorted(contract.SUFFIXES + names[1::2]), sorted(self.settings()["suffixes"]))
+
     def test_reset_of_everything(self):
         self.run_host("settings", "set", "duplicate-names", "last")
         self.run_host("settings", "set", "prefixes", "A")

@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include "import/KRCSVHeadings.h"
+#include "platform/KRFilePreferences.h"
 #include "tests/support/KRCSVTable.h"
 #include "tests/support/KRPersonText.h"
 #include "tests/support/KRPrivatePreferences.h"
+#include "tests/support/KRProcesses.h"
+#include "tests/support/KRTestFolder.h"
 
 namespace {
 
@@ -111,6 +114,24 @@ TEST(KRCSVMapping, TakesAPlainNameForThePartThatIsMissing) {
   EXPECT_EQ(mappingOf({"Nombre"_kr, "Apellidos"_kr}).columns()[0].target.name(), "firstName");
   EXPECT_EQ(mappingOf({"Vorname"_kr, "Nachname"_kr, "Name"_kr}).columns()[2].target.name(), "name");
   EXPECT_EQ(mappingOf({"Display Name"_kr, "First Name"_kr}).columns()[0].target.name(), "name");
+}
+
+TEST(KRCSVMapping, ManyProcessesSaveMappingsAtOnce) {
+  constexpr int kProcesses = 6;
+  const KRPrivatePreferences preferences;
+  const KRTestFolder folder;
+  const KRString path(folder.at("settings.plist"));
+  KRPreferences::setStandard(krMake<KRFilePreferences>(path));
+  const KRCSVMapping mapping = mappingOf({"Name"_kr});
+  ASSERT_TRUE(mapping.save("old"_kr));
+  krRunInProcesses(kProcesses, [&](int number) {
+    bool isWell = number != 0 || KRCSVMapping::removeSaved("old"_kr);
+    for (int i = 0; i < 5; ++i) {
+      isWell = isWell && mapping.save(KRString(std::to_string(number) + "." + std::to_string(i)));
+    }
+    return isWell;
+  });
+  EXPECT_EQ(KRCSVMapping::savedNames().size(), size_t{kProcesses} * 5);
 }
 
 }  // namespace

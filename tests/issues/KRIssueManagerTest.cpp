@@ -343,4 +343,35 @@ TEST_F(KRIssueManagerTest, ThreadsThatRaceForTheFirstUseGetTheSameManager) {
   EXPECT_EQ(preferences_->writes(), 1);
 }
 
+TEST_F(KRIssueManagerTest, WhatAnotherProcessChoosesStays) {
+  KRIssueManager& theirs = KRIssueManager::shareIssueManager();
+  preferences_.reload();
+  KRIssueManager& ours = KRIssueManager::shareIssueManager();
+  theirs.removeUseIssue(theirs.supportIssues().at(0));
+  ours.removeUseIssue(ours.supportIssues().at(2));
+  KRStringList expected = catalogueNames();
+  expected.erase(expected.begin() + 2);
+  expected.erase(expected.begin());
+  EXPECT_EQ(stored(), expected);
+  ours.addUseIssue(ours.supportIssues().at(2));
+  expected.insert(expected.begin() + 1, KRIssueIncompleteName);
+  EXPECT_EQ(stored(), expected);
+}
+
+TEST_F(KRIssueManagerTest, AWholeChoiceReplacesThatOfAnotherProcess) {
+  KRIssueManager& theirs = KRIssueManager::shareIssueManager();
+  preferences_.reload();
+  KRIssueManager& ours = KRIssueManager::shareIssueManager();
+  KRIssueList chosen;
+  fill(chosen, ours, {1, 3});
+  for (size_t i = 0; i < 2; ++i) {
+    theirs.removeUseIssue(theirs.supportIssues().at(i));
+    ours.setUseIssues(&chosen);
+    EXPECT_EQ(stored(), (KRStringList{KRIssueDuplicateInfo, KRIssueBlankName}));
+  }
+  theirs.removeUseIssue(theirs.supportIssues().at(3));
+  ours.clearUseIssue();
+  EXPECT_TRUE(stored().empty());
+}
+
 }  // namespace

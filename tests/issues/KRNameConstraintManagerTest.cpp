@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/KRFilePreferences.h"
 #include "platform/KRKeyedArchiver.h"
 #include "platform/KRLanguage.h"
 #include "platform/KRValue.h"
 #include "tests/support/KRPrivatePreferences.h"
+#include "tests/support/KRProcesses.h"
+#include "tests/support/KRTestFolder.h"
 
 namespace {
 
@@ -177,6 +180,94 @@ TEST_F(KRNameConstraintManagerTest, ADamagedValueCountsAsNone) {
   preferences_.reload();
   EXPECT_EQ(KRNameConstraintManager::ShareNameConstrainManager().prefixItemArray(), kEnglishPrefixes);
   EXPECT_EQ(stored()->prefixItemArray(), kEnglishPrefixes);
+}
+
+/// A process of its own: the lists as they are stored, in the manager that `Other` puts aside and brings back.
+class Other {
+ public:
+  Other() { KRNameConstraintManager::reloadShared(); }
+  KRNameConstraintManager& manager = KRNameConstraintManager::ShareNameConstrainManager();
+
+  void add(const KRString& prefix, const KRString& suffix) const {
+    KRStringList prefixes = manager.prefixItemArray();
+    prefixes.push_back(prefix);
+    manager.setPrefixItemArray(&prefixes);
+    KRStringList suffixes = manager.suffixItemArray();
+    suffixes.push_back(suffix);
+    manager.setSuffixItemArray(&suffixes);
+  }
+};
+
+KRStringList with(KRStringList list, const KRStringList& more) {
+  list.insert(list.end(), more.begin(), more.end());
+  return list;
+}
+
+TEST_F(KRNameConstraintManagerTest, WhatAnotherProcessAddsStays) {
+  const Other ours;
+  const Other theirs;
+  theirs.add("Rabbi"_kr, "OBE"_kr);
+  ours.add("Dean"_kr, "KC"_kr);
+  theirs.add("Abbot"_kr, "CH"_kr);
+  EXPECT_EQ(stored()->prefixItemArray(), with(kEnglishPrefixes, {"Rabbi"_kr, "Dean"_kr, "Abbot"_kr}));
+  EXPECT_EQ(stored()->suffixItemArray(), with(kEnglishSuffixes, {"OBE"_kr, "KC"_kr, "CH"_kr}));
+}
+
+TEST_F(KRNameConstraintManagerTest, WhatIsTakenAwayGoesAndNothingElse) {
+  const Other ours;
+  const Other theirs;
+  ours.add("Dean"_kr, "KC"_kr);
+  theirs.add("Rabbi"_kr, "OBE"_kr);
+  KRStringList prefixes = kEnglishPrefixes;
+  prefixes.erase(prefixes.begin());
+  ours.manager.setPrefixItemArray(&prefixes);
+  KRStringList expected = with(prefixes, {"Rabbi"_kr});
+  EXPECT_EQ(stored()->prefixItemArray(), expected);
+  EXPECT_EQ(stored()->suffixItemArray(), with(kEnglishSuffixes, {"KC"_kr, "OBE"_kr}));
+}
+
+TEST_F(KRNameConstraintManagerTest, AResetReplacesItsListAndNoOther) {
+  const Other ours;
+  const Other theirs;
+  theirs.add("Rabbi"_kr, "OBE"_kr);
+  ours.manager.resetPrefixItemArray();
+  EXPECT_EQ(stored()->prefixItemArray(), kEnglishPrefixes);
+  EXPECT_EQ(stored()->suffixItemArray(), with(kEnglishSuffixes, {"OBE"_kr}));
+  ours.manager.resetAll();
+  EXPECT_EQ(stored()->suffixItemArray(), kEnglishSuffixes);
+}
+
+TEST_F(KRNameConstraintManagerTest, AManagerOfItsOwnReplacesAll) {
+  const Other theirs;
+  theirs.add("Rabbi"_kr, "OBE"_kr);
+  const auto own = KRNameConstraintManager::init();
+  EXPECT_EQ(stored()->prefixItemArray(), kEnglishPrefixes);
+  theirs.add("Abbot"_kr, "CH"_kr);
+  own->setSuffixItemArray(nullptr);
+  EXPECT_EQ(stored()->prefixItemArray(), kEnglishPrefixes);
+  EXPECT_TRUE(stored()->suffixItemArray().empty());
+}
+
+TEST_F(KRNameConstraintManagerTest, ManyProcessesThatBeginAtOnceLoseNothing) {
+  constexpr int kProcesses = 6;
+  constexpr int kEach = 5;
+  const KRTestFolder folder;
+  const KRString path(folder.at("settings.plist"));
+  krRunInProcesses(kProcesses, [&](int number) {
+    KRPreferences::setStandard(krMake<KRFilePreferences>(path));
+    const Other mine;
+    for (int i = 0; i < kEach; ++i) {
+      const std::string name = std::to_string(number) + "." + std::to_string(i);
+      mine.add(KRString("P" + name), KRString("S" + name));
+    }
+    return static_cast<bool>(KRPreferences::standard()->flush());
+  });
+  const KRValue value = krMake<KRFilePreferences>(path)->value(kKey);
+  ASSERT_NE(value.as<KRData>(), nullptr);
+  const auto all = KRNameConstraintManager::unarchive(value.as<KRData>()->bytes());
+  ASSERT_TRUE(all);
+  EXPECT_EQ(all->prefixItemArray().size(), kEnglishPrefixes.size() + size_t{kProcesses} * kEach);
+  EXPECT_EQ(all->suffixItemArray().size(), kEnglishSuffixes.size() + size_t{kProcesses} * kEach);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "platform/KRHostInfo.h"
 #include "platform/KRLocations.h"
 #include "tests/support/KRPlistTrees.h"
+#include "tests/support/KRProcesses.h"
 #include "tests/support/KRTestFolder.h"
 
 namespace {
@@ -44,6 +45,23 @@ class KRFilePreferencesTest : public testing::Test {
 
   KRTestFolder folder_;
 };
+
+/// The list with one more text.
+KRPreferences::Change adding(const KRString& text) {
+  return [text](const KRValue& now) {
+    const auto* there = now.as<KRValueList>();
+    KRStringList texts = there != nullptr ? there->texts() : KRStringList();
+    texts.push_back(text);
+    return KRValue(KRValueList::ofTexts(texts));
+  };
+}
+
+KRStringList sortedTexts(const KRValue& value) {
+  const auto* list = value.as<KRValueList>();
+  KRStringList texts = list != nullptr ? list->texts() : KRStringList();
+  std::sort(texts.begin(), texts.end(), [](const KRString& a, const KRString& b) { return a.view() < b.view(); });
+  return texts;
+}
 
 std::string keyText(std::string_view key) {
   return "s" + KRPlistTrees::hex(key);
@@ -262,6 +280,43 @@ TEST_F(KRFilePreferencesTest, LosesNothingWhenManyThreadsAndStoresWrite) {
       EXPECT_TRUE(after->value(KRString(std::to_string(thread) + "." + std::to_string(i))).isEqual(KRValue::whole(i)));
     }
   }
+}
+
+TEST_F(KRFilePreferencesTest, ManyProcessesAddToOneList) {
+  constexpr int kProcesses = 6;
+  constexpr int kEach = 12;
+  krRunInProcesses(kProcesses, [&](int number) {
+    const auto mine = store();
+    for (int i = 0; i < kEach; ++i) {
+      mine->update("list", adding(KRString(std::to_string(number) + "." + std::to_string(i))));
+    }
+    return static_cast<bool>(mine->flush());
+  });
+  const KRStringList texts = sortedTexts(store()->value("list"));
+  EXPECT_EQ(texts.size(), size_t{kProcesses} * kEach);
+  EXPECT_EQ(std::adjacent_find(texts.begin(), texts.end()), texts.end());
+}
+
+TEST_F(KRFilePreferencesTest, AnUpdateThatCouldNotBeWrittenIsMadeOfWhatIsThereLater) {
+  const auto preferences = store();
+  preferences->update("list", adding("a"_kr));
+  KRFile::setFault([](KRFile::Step step) { return step == KRFile::Step::Rename ? ENOSPC : 0; });
+  preferences->update("list", adding("b"_kr));
+  EXPECT_EQ(preferences->value("list").description(), "(a, b)");
+  KRFile::setFault(nullptr);
+  store()->update("list", adding("theirs"_kr));
+  EXPECT_EQ(preferences->value("list").description(), "(a, theirs, b)");
+  EXPECT_TRUE(preferences->flush());
+  EXPECT_EQ(store()->value("list").description(), "(a, theirs, b)");
+}
+
+TEST_F(KRFilePreferencesTest, WritesNothingWhenAllIsAsItWas) {
+  const auto preferences = store();
+  preferences->setValue(KRValueList::ofTexts({"a"_kr}), "list");
+  const auto written = KRFileStamp::of(KRText(folder_.at("folder/settings.plist")));
+  preferences->setValue(KRValueList::ofTexts({"a"_kr}), "list");
+  preferences->update("list", [](const KRValue& now) { return now; });
+  EXPECT_TRUE(KRFileStamp::of(KRText(folder_.at("folder/settings.plist"))) == written);
 }
 
 TEST_F(KRFilePreferencesTest, IsOneFilePerHostInTheConfigurationFolder) {

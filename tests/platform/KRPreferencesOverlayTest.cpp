@@ -80,6 +80,37 @@ TEST(KRPreferencesOverlay, KeepsItsChangesWhenThereIsNothingUnderIt) {
   EXPECT_EQ(overlay->value("a").text(), "1"_kr);
 }
 
+TEST(KRPreferencesOverlay, CommitsAnUpdateOfWhatIsThereByThen) {
+  const auto adding = [](const char* text) {
+    return [text](const KRValue& now) { return KRValue(krConcat({now.text(), text})); };
+  };
+  const auto under = krMake<KRPreferencesOverlay>(nullptr);
+  under->setValue("a"_kr, "text");
+  const auto overlay = krMake<KRPreferencesOverlay>(under);
+  overlay->update("text", adding("b"));
+  overlay->update("text", adding("c"));
+  EXPECT_EQ(overlay->value("text").text(), "abc"_kr);
+  EXPECT_EQ(under->value("text").text(), "a"_kr);
+  under->setValue("theirs "_kr, "text");
+  EXPECT_EQ(overlay->value("text").text(), "theirs bc"_kr);
+  EXPECT_TRUE(overlay->commit());
+  EXPECT_EQ(under->value("text").text(), "theirs bc"_kr);
+}
+
+TEST(KRPreferencesOverlay, AChangeThatChangesNothingIsNone) {
+  const auto under = krMake<KRPreferencesOverlay>(krMake<KRFilePreferences>(KRString()));
+  under->setValue("1"_kr, "a");
+  const auto overlay = krMake<KRPreferencesOverlay>(under);
+  overlay->setValue("1"_kr, "a");
+  overlay->remove("b");
+  overlay->update("a", [](const KRValue& now) { return now; });
+  EXPECT_FALSE(overlay->hasChanges());
+  overlay->setValue("2"_kr, "a");
+  EXPECT_TRUE(overlay->hasChanges());
+  overlay->setValue("1"_kr, "a");
+  EXPECT_FALSE(overlay->hasChanges());
+}
+
 TEST(KRPreferencesOverlay, CopiesListsAndIgnoresWhatCannotBeStored) {
   const auto overlay = krMake<KRPreferencesOverlay>(nullptr);
   const auto list = krMake<KRValueList>();
