@@ -6,6 +6,7 @@
 #include "app/ScanRun.h"
 #include "app/Unusable.h"
 #include "app/UserBooks.h"
+#include "issues/KRIssueConfig.h"
 #include "issues/KRIssueContext.h"
 #include "issues/KRIssueManager.h"
 #include "issues/KRNameConstraintManager.h"
@@ -35,10 +36,12 @@ void chooseForThisRun(const KRStringList& issues) {
   manager.setUseIssues(&chosen);
 }
 
-/// Has the lists of allowed texts made now: what they are at first is no change of a fix.
-void readAllowedTexts() {
+/// Has the shared settings made now: what they are at first is no change of a fix.
+void readSettings() {
   const Aside aside;
   KRNameConstraintManager::ShareNameConstrainManager();
+  KRIssueManager::shareIssueManager();
+  KRIssueConfig::shareObject();
 }
 
 }  // namespace
@@ -52,7 +55,7 @@ void FixAccount::add(const FixEffect& effect) {
 
 FixRun::FixRun(const std::string& book, Terminal& terminal)
     : terminal_(terminal), under_(KRPreferences::standard()), trash_(*KRTrashAddressBook::ShareTrashAddressBook()) {
-  readAllowedTexts();
+  readSettings();
   if (const KRResult<void> loaded = trash_.load(); !loaded) throw Unusable(loaded.error().sentence);
   trashedBefore_ = trash_.allPersonsCount();
   book_ = BookOpener::openWritable(book, terminal);
@@ -120,6 +123,7 @@ void FixRun::save() {
     throw Unusable("nothing is fixed: " + saved.error().sentence);
   }
   trashedBefore_ = trash_.allPersonsCount();
+  if (!settings_->hasChanges()) return terminal_.progress().clear();
   if (const KRResult<void> kept = settings_->commit(); !kept) {
     throw Unusable("the contacts are saved, but not the settings: " + kept.error().sentence);
   }

@@ -57,6 +57,15 @@ class Fix(host.HostTest):
             self.run_host("fix", *words, "--apply", "exact-duplicates=delete-duplicates")
             self.assertEqual(["Oliver Finch"], self.names("Family"))
 
+    def test_settings_that_cannot_be_written_matter_only_to_fixes_that_change_them(self):
+        # No folder can be made below a file, whoever runs this.
+        (self.home / "config").write_text("no folder")
+        out = self.fix(self.book(SPACE), "first-name-spacing=remove-space")
+        self.assertIn("1 finding fixed", out.out)
+        self.assertNotIn("settings", out.out + out.err)
+        err = self.fix(self.book(TITLE), "unusual-title=add-support", code=2).err
+        self.assertIn("the contacts are saved, but not the settings", err)
+
     def test_a_folder_is_fixed_file_by_file(self):
         self.book(TWIN, name="folder/a.vcf")
         self.book(TWIN, name="folder/b.vcf")
