@@ -201,7 +201,7 @@ bool FixDialog::save() {
   } catch (const Unusable& error) {
     // What is not saved stands in memory: the user may try again, or leave.
     terminal_.progress().clear();
-    message_ = shownText(error.what());
+    message_ = shownText(error.what()) + ". Your steps are kept here: w tries to save again, q leaves without them.";
     return false;
   }
   message_ = remembered == 0 ? "Saved."
@@ -212,9 +212,9 @@ bool FixDialog::save() {
 bool FixDialog::mayQuit() {
   if (!hasUnsaved()) return true;
   const size_t steps = session_.unsavedCount();
-  const auto pressed = ask(
-      (steps == 0 ? "What is ignored is not remembered yet." : counted(steps, "step is", "steps are") + " not saved.") +
-      " Save before quitting? [y]es, [n]o, other keys go on");
+  const auto pressed =
+      ask((steps == 0 ? "What is ignored is not saved yet." : counted(steps, "step is", "steps are") + " not saved.") +
+          " Save before quitting? [y]es, [n]o, other keys go on");
   if (isYes(pressed)) return save();
   return isInterrupt(pressed) || pressed == "n" || pressed == "N";
 }

@@ -44,11 +44,22 @@ FixKey FixKeys::of(std::string_view pressed) {
   return {};
 }
 
-std::string FixKeys::legend() {
-  std::string text;
+std::vector<std::string> FixKeys::legend(size_t width) {
+  constexpr std::string_view kBetween = " · ";
+  constexpr size_t kBetweenCells = 3;
+  std::vector<std::string> lines;
+  size_t taken = 0;
   for (const Row& row : kRows) {
     if (row.title.empty()) continue;
-    text.append(text.empty() ? "" : " · ").append(row.pressed).append(" ").append(row.title);
+    // Keys and titles are of ASCII: a cell for each byte.
+    const std::string entry = std::string(row.pressed) + " " + std::string(row.title);
+    if (lines.empty() || taken + kBetweenCells + entry.size() > width) {
+      lines.push_back(entry);
+      taken = entry.size();
+    } else {
+      lines.back().append(kBetween).append(entry);
+      taken += kBetweenCells + entry.size();
+    }
   }
-  return text;
+  return lines;
 }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// What the user asks for while findings are walked through.
 enum class FixAction {
@@ -35,7 +36,8 @@ namespace FixKeys {
 
 /// The meaning of what one press of a key sends: a character, in either case, or the sequence of an arrow.
 FixKey of(std::string_view pressed);
-/// What the keys do, for the foot of a screen: "i Ignore · e Edit · ...".
-std::string legend();
+/// What the keys do, for the foot of a screen of that width in cells: lines of "i Ignore · e Edit · ...", broken
+/// between the keys.
+std::vector<std::string> legend(size_t width);
 
 }  // namespace FixKeys

@@ -134,11 +134,12 @@ std::vector<Line> FixScreen::foot(const FixSession& session, const std::string& 
       isFirst = false;
     }
   }
-  addText(lines, FixKeys::legend(), Style::Faint);
+  for (std::string& keys : FixKeys::legend(width_)) lines.push_back({std::move(keys), Style::Faint});
   if (!session.undoable().empty()) {
     lines.push_back({fittedText("u takes back: " + shownText(session.undoable()), width_), Style::Faint});
   }
-  if (!message.empty()) lines.push_back({fittedText(message, width_), Style::Strong});
+  // As a whole: it may be the reason why nothing could be saved.
+  if (!message.empty()) addText(lines, message, Style::Strong);
   return lines;
 }
 

@@ -130,17 +130,21 @@ names the same one twice, is passed over.
      R"(krcontacts ignored - shows the findings that are ignored from now on
 
 Usage:
-  krcontacts ignored [list [BOOK]] [--json]
+  krcontacts ignored [--json]                of all books, book by book
+  krcontacts ignored list BOOK [--json]
   krcontacts ignored forget BOOK NUMBER...   see them again
   krcontacts ignored forget BOOK --all
 
 "krcontacts fix --remember" remembers findings with their book that are ignored
 in the walk through them, or by --apply ISSUE=ignore, and "krcontacts scan
---hide-ignored" leaves them out. They are known by
-what the contacts are and hold, not by their IDs: they stay hidden when the
-contacts are imported anew, and come up again when something that concerns them
-changes.
+--hide-ignored" leaves them out. They are known by what the contacts are and
+hold, not by their IDs: they stay hidden when the contacts are imported anew,
+and come up again when something that concerns them changes.
 
+  BOOK        a book of the list ("krcontacts books"), the path of a file or
+              folder, or the identifier that "krcontacts ignored" shows in
+              brackets, where the file is gone
+  NUMBER      as "krcontacts ignored" numbers the findings of the book
   --all       every one
   --dry-run   change nothing; tell what would be done
   --json      the list as one JSON document

@@ -15,9 +15,10 @@ class IgnoredCommand : public Command {
   int run(Terminal& terminal) override;
 
  private:
-  void list(Terminal& terminal, const KRAddressBook& book, const KRIgnoredFindings& ignored) const;
-  void write(Terminal& terminal, const KRAddressBook& book, const KRIgnoredFindings& ignored) const;
-  void forget(Terminal& terminal, const KRAddressBook& book, KRIgnoredFindings& ignored) const;
+  void list(Terminal& terminal) const;
+  void print(Terminal& terminal, const std::string& book, const KRIgnoredFindings& ignored) const;
+  void write(Terminal& terminal, const std::vector<KRIgnoredFindings>& all) const;
+  void forget(Terminal& terminal) const;
 
   CLI::App* words_;
   CLI::App* list_;

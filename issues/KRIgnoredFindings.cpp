@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <ctime>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
+#include <utility>
 
 #include "contacts/undo/KRUndoRecorder.h"
 #include "issues/KRFindingKey.h"
@@ -18,6 +22,7 @@ namespace {
 
 constexpr std::string_view kFirstLine = "ignored findings 1";
 constexpr std::string_view kBook = "book\t";
+constexpr std::string_view kEnding = ".txt";
 constexpr size_t kKeyLength = 64;
 /// Names of more contacts than these are left out.
 constexpr size_t kNames = 8;
@@ -99,12 +104,53 @@ std::string namesOf(const KRIssueObject& finding) {
 KRString KRIgnoredFindings::path(const KRString& bookID) {
   const KRString parent = folder();
   if (parent.isNothing()) return {};
-  return krConcat({parent, "/", KRDigest::sha256(bookID.view()), ".txt"});
+  return krConcat({parent, "/", KRDigest::sha256(bookID.view()), kEnding});
 }
 
 KRResult<KRIgnoredFindings> KRIgnoredFindings::ofBook(const KRString& bookID) {
   KRIgnoredFindings ignored(bookID);
   if (const KRResult<void> read = ignored.read(); !read) return read.error();
+  return ignored;
+}
+
+std::vector<KRResult<KRIgnoredFindings>> KRIgnoredFindings::ofAllBooks() {
+  std::vector<KRIgnoredFindings> books;
+  std::vector<KRResult<KRIgnoredFindings>> all;
+  const KRString parent = folder();
+  std::vector<std::string> files;
+  std::error_code failed;
+  for (auto entry = std::filesystem::directory_iterator(std::filesystem::path(parent.view()), failed);
+       !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
+    // Others are temporary files, and what is none of ours.
+    const bool isOurs = entry->path().extension() == kEnding && isKey(entry->path().stem().string());
+    if (isOurs) files.push_back(entry->path().string());
+  }
+  std::sort(files.begin(), files.end());
+  for (const std::string& file : files) {
+    KRResult<KRIgnoredFindings> book = ofFile(KRString(file));
+    if (!book) {
+      all.emplace_back(book.error());
+    } else if (!book->entries_.empty()) {
+      books.push_back(*std::move(book));
+    }
+  }
+  std::sort(books.begin(), books.end(),
+            [](const auto& a, const auto& b) { return a.bookID_.view() < b.bookID_.view(); });
+  all.insert(all.begin(), std::make_move_iterator(books.begin()), std::make_move_iterator(books.end()));
+  return all;
+}
+
+/// The book is the one that the file names, if the file is named by it.
+KRResult<KRIgnoredFindings> KRIgnoredFindings::ofFile(const KRString& file) {
+  const KRResult<KRBuffer> bytes = KRFile::read(file);
+  if (!bytes) return bytes.error();
+  std::string_view text = bytes->view();
+  cutAt(text, '\n');
+  const std::string_view line = cutAt(text, '\n');
+  KRString bookID = line.starts_with(kBook) ? unescaped(line.substr(kBook.size())) : KRString();
+  if (path(bookID) != file) bookID = KRString();
+  KRIgnoredFindings ignored(std::move(bookID));
+  if (const KRResult<void> taken = ignored.take(bytes->view(), file); !taken) return taken.error();
   return ignored;
 }
 

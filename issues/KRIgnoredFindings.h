@@ -36,9 +36,15 @@ class KRIgnoredFindings {
   /// the errors of files.
   static KRResult<KRIgnoredFindings> ofBook(const KRString& bookID);
 
+  /// Those of every book for which some are remembered, by the books' identifiers in their order; last, an error for
+  /// each file that is not what it ought to be.
+  static std::vector<KRResult<KRIgnoredFindings>> ofAllBooks();
+
   /// The file, which may not be there. Nothing without a folder for it.
   static KRString path(const KRString& bookID);
 
+  /// The identifier of the book.
+  const KRString& bookID() const noexcept { return bookID_; }
   /// In the order in which they were remembered.
   const std::vector<Entry>& entries() const noexcept { return entries_; }
   bool holds(const KRIssueObject& finding) const;
@@ -57,6 +63,7 @@ class KRIgnoredFindings {
  private:
   explicit KRIgnoredFindings(KRString bookID) : bookID_(std::move(bookID)) {}
   KRResult<void> read();
+  static KRResult<KRIgnoredFindings> ofFile(const KRString& file);
   KRResult<void> take(std::string_view text, const KRString& path);
   void put(Entry entry);
   std::string text() const;

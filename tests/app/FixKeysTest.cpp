@@ -4,6 +4,8 @@
 
 #include <set>
 
+#include "app/DisplayText.h"
+
 namespace {
 
 TEST(FixKeys, EachKeyHasItsMeaning) {
@@ -40,18 +42,31 @@ TEST(FixKeys, OtherKeysMeanNothing) {
 }
 
 TEST(FixKeys, TheLegendNamesEachActionOfAKeyOnce) {
-  const std::string legend = FixKeys::legend();
   std::set<FixAction> told;
-  for (size_t start = 0; start < legend.size();) {
-    const size_t end = std::min(legend.find(" · ", start), legend.size());
-    const std::string entry = legend.substr(start, end - start);
-    ASSERT_EQ(entry.find(' '), 1U) << entry;
-    const FixAction action = FixKeys::of(entry.substr(0, 1)).action;
-    EXPECT_NE(action, FixAction::None) << entry;
-    EXPECT_TRUE(told.insert(action).second) << entry;
-    start = end + std::string_view(" · ").size();
+  for (const std::string& line : FixKeys::legend(80)) {
+    for (size_t start = 0; start < line.size();) {
+      const size_t end = std::min(line.find(" · ", start), line.size());
+      const std::string entry = line.substr(start, end - start);
+      ASSERT_EQ(entry.find(' '), 1U) << entry;
+      const FixAction action = FixKeys::of(entry.substr(0, 1)).action;
+      EXPECT_NE(action, FixAction::None) << entry;
+      EXPECT_TRUE(told.insert(action).second) << entry;
+      start = end + std::string_view(" · ").size();
+    }
   }
   EXPECT_EQ(told.size(), static_cast<size_t>(FixAction::None) - 1) << "all but the numbers of fixes";
+}
+
+TEST(FixKeys, TheLegendBreaksBetweenKeysOnly) {
+  for (size_t width = 20; width < 130; ++width) {
+    std::string all;
+    for (const std::string& line : FixKeys::legend(width)) {
+      EXPECT_LE(displayWidth(line), width);
+      all += (all.empty() ? "" : " · ") + line;
+    }
+    EXPECT_EQ(all, FixKeys::legend(1000).front());
+  }
+  EXPECT_EQ(FixKeys::legend(80).size(), 2U);
 }
 
 }  // namespace

@@ -68,6 +68,20 @@ TEST_F(FixScreenTest, MarksWhatAContactHasTwice) {
   EXPECT_THAT(texts(lines), Not(Contains(HasSubstr("1 Ann Barrow"))));
 }
 
+TEST_F(FixScreenTest, ShowsALongMessageAsAWhole) {
+  for (const auto lines : {kBell, kCole}) add(lines);
+  scan({KRIssueSpacingInTheFirstName});
+  const FixSession session(book(), result());
+  std::string message = "nothing is saved:";
+  for (size_t i = 0; i < 40; ++i) message += " reason" + std::to_string(i);
+  std::string all;
+  for (const std::string& line : shown(session, 80, 24, 0, message)) {
+    EXPECT_LE(displayWidth(line), 80U);
+    all += line + " ";
+  }
+  EXPECT_THAT(all, HasSubstr(message));
+}
+
 TEST_F(FixScreenTest, TellsTheLastStepAndWhatCanBeTakenBack) {
   for (const auto lines : {kBell, kCole}) add(lines);
   scan({KRIssueSpacingInTheFirstName});

@@ -121,6 +121,51 @@ class Ignored(host.HostTest):
         self.run_host("ignored", "forget", self.book, "--all")
         self.assertEqual([], self.listed())
 
+    def test_without_a_book_those_of_all_books_are_listed(self):
+        out = self.run_host("ignored").out
+        self.assertIn("krcontacts fix --remember", out)
+        self.assertEqual({"books": []}, self.run_host("ignored", "--json").json())
+        self.ignore()
+        self.ignore(issue="unusual-title")
+        self.run_host("books", "add", "--new", "Family")
+        self.run_host("import", self.book, "--into", "Family")
+        self.run_host("fix", "Family", "--apply", "unusual-title=ignore", "--remember")
+        for words in (("ignored",), ("ignored", "list")):
+            out = self.run_host(*words).out
+            self.assertIn("Family (sqlite:", out)
+            self.assertIn("2  Anja Weiss · unusual-title", out)
+        books = self.run_host("ignored", "--json").json()["books"]
+        self.assertEqual([1, 2], [len(book["ignored"]) for book in books])
+        self.assertEqual(self.listed(), books[1]["ignored"])
+
+    def test_a_book_whose_file_is_gone_is_called_by_its_identifier(self):
+        self.ignore()
+        self.book.unlink()
+        (book,) = self.run_host("ignored", "--json").json()["books"]
+        self.assertIn(f"book.vcf ({book['book']}) · 1 ignored", self.run_host("ignored", COLUMNS="300").out.replace("\n  ", " "))
+        self.assertEqual(book["ignored"], self.listed(book["book"]))
+        self.run_host("ignored", "forget", book["book"], "1")
+        self.assertEqual({"books": []}, self.run_host("ignored", "--json").json())
+
+    def test_forget_says_what_is_missing(self):
+        self.ignore()
+        self.assertIn("of which book?", self.run_host("ignored", "forget", code=2).err)
+        self.assertIn("BOOK and its number", self.run_host("ignored", "forget", self.book, code=2).err)
+        self.assertIn("BOOK and its number", self.run_host("ignored", "forget", "1", code=2).err)
+
+    def test_a_damaged_file_hides_no_other(self):
+        self.ignore()
+        self.write("other.vcf", self.book.read_text())
+        self.run_host("fix", "other.vcf", "--apply", "unusual-title=ignore", "--remember")
+        good = self.listed("other.vcf")
+        (path,) = [path for path in self.home.rglob("ignored/*.txt") if b"other.vcf" not in path.read_bytes()]
+        path.write_bytes(path.read_bytes()[:-1])
+        (path.parent / "notes.txt").write_text("none of ours")
+        result = self.run_host("ignored", "--json")
+        self.assertEqual([good], [book["ignored"] for book in result.json()["books"]])
+        self.assertIn("this is no file of ignored findings", result.err)
+        self.assertEqual(1, result.err.count("\n"))
+
     def test_undo_takes_what_was_remembered_or_forgotten_back(self):
         self.ignore()
         entries = self.listed()

@@ -144,4 +144,26 @@ TEST_F(KRIgnoredFindingsTest, WhatCannotBeWrittenStaysInMemory) {
   EXPECT_EQ(read().entries().size(), 1U);
 }
 
+TEST_F(KRIgnoredFindingsTest, ThoseOfAllBooksAreInTheOrderOfTheirIdentifiers) {
+  EXPECT_TRUE(KRIgnoredFindings::ofAllBooks().empty());
+  const auto result = found({"a", "b"});
+  for (const KRString& book : {"c"_kr, kBook, "b"_kr}) {
+    KRIgnoredFindings ignored = *KRIgnoredFindings::ofBook(book);
+    ignored.add(finding(result, 0, book == "b"_kr ? 1 : 0));
+    ASSERT_TRUE(ignored.save());
+  }
+  KRIgnoredFindings emptied = *KRIgnoredFindings::ofBook("c"_kr);
+  emptied.forget(KRString(emptied.entries().front().key));
+  ASSERT_TRUE(emptied.save());
+  std::filesystem::rename(file(), std::string(KRIgnoredFindings::path("other"_kr).view()));
+  const auto all = KRIgnoredFindings::ofAllBooks();
+  ASSERT_EQ(all.size(), 2U);
+  ASSERT_TRUE(all[0]);
+  EXPECT_EQ(all[0]->bookID(), "b"_kr);
+  EXPECT_EQ(all[0]->entries().size(), 1U);
+  // A file under the name of another book's.
+  ASSERT_FALSE(all[1]);
+  EXPECT_EQ(all[1].error().code, KRErrorCode::Damaged);
+}
+
 }  // namespace
