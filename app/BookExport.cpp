@@ -5,10 +5,12 @@
 #include <utility>
 
 #include "app/CardConversion.h"
+#include "app/Unusable.h"
 #include "contacts/model/ABPerson.h"
 #include "contacts/vcard/KRVCardGroupRewriter.h"
 #include "contacts/vcard/KRVCardReader.h"
 #include "contacts/vcard/KRVCardWriter.h"
+#include "import/KRCSVReading.h"
 #include "import/KRCSVWriter.h"
 #include "platform/KRText.h"
 
@@ -92,6 +94,12 @@ BookExport::Result BookExport::writeTable(KRAddressBook& book, const PersonFilte
   forContacts([&](const IKRPerson& person) { writer.measure(person); });
   std::string text;
   writer.begin(text);
+  if (writer.columnCount() > KRCSVReading::kMostColumns || text.size() > KRCSVReading::kLongestHeadings) {
+    throw Unusable("a contact has so many values that a delimited file would need " +
+                   std::to_string(writer.columnCount()) + " columns, more than can be read back (" +
+                   std::to_string(KRCSVReading::kMostColumns) +
+                   "); write a .vcf file, or leave the contact out with --where or --id");
+  }
   put(text);
   forContacts([&](const IKRPerson& person) {
     ++result.persons;

@@ -19,18 +19,23 @@ constexpr char kSeparators[] = {',', ';', '\t'};
 
 using Rows = std::vector<KRCSVMapping::Row>;
 
-/// The first rows that hold something.
+/// The first rows that hold something: those of a sample of the text, or the first one by itself if it is longer.
 Rows sampleRows(std::string_view text, KRCSVMarks marks, size_t count) {
   Rows rows;
   KRCSVSplitter splitter(marks, [&](const KRCSVRow& row) {
     if (row.isBlank()) return true;
     rows.emplace_back();
-    for (size_t i = 0; i < row.count(); ++i) rows.back().push_back(row.text(i));
+    for (size_t i = 0; i < std::min(row.count(), KRCSVReading::kMostColumns); ++i) rows.back().push_back(row.text(i));
     return rows.size() < count;
   });
-  splitter.feed(text.substr(0, kSampleBytes));
+  const std::string_view most = text.substr(0, KRCSVReading::kLongestHeadings);
+  size_t fed = 0;
+  do {
+    splitter.feed(most.substr(fed, kSampleBytes));
+    fed += kSampleBytes;
+  } while (rows.empty() && fed < most.size());
   // The last row of a sample may be cut anywhere.
-  if (text.size() <= kSampleBytes || rows.empty()) splitter.finish();
+  if (text.size() <= fed || rows.empty()) splitter.finish();
   return rows;
 }
 

@@ -18,6 +18,11 @@
 /// other. One thread at a time; moved, never copied.
 class KRCSVReading {
  public:
+  /// How many headings are read, and how many bytes of them: no file that anybody made has more. The cells of further
+  /// columns count as such without a heading.
+  static constexpr size_t kMostColumns = size_t{1} << 18U;
+  static constexpr size_t kLongestHeadings = size_t{16} << 20U;
+
   /// Receives a person with the number of its row, from 1, among those that hold something; answers false when no more
   /// are wanted. Does not throw.
   using PersonSink = std::function<bool(const KRRef<KRTempPerson>& person, size_t row)>;

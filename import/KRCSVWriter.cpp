@@ -154,6 +154,7 @@ void KRCSVWriter::endRow(std::string& to) {
 // The headings.
 
 void KRCSVWriter::begin(std::string& to) {
+  const size_t start = to.size();
   if (singles_[at(kBeforeName.property)]) cell(kBeforeName.heading, to);
   cell("First Name", to);
   if (hasMiddleName_) cell("Middle Name", to);
@@ -170,6 +171,8 @@ void KRCSVWriter::begin(std::string& to) {
   for (const EntryColumns& columns : kEntries) beginEntries(columns.property, columns.word, to);
   cell(options_.hasRawCells ? KRCSVMapping::kOwnRawMark : KRCSVMapping::kOwnMark, to);
   endRow(to);
+  // No heading holds a comma.
+  columnCount_ = static_cast<size_t>(std::count(to.begin() + static_cast<ptrdiff_t>(start), to.end(), ',')) + 1;
 }
 
 void KRCSVWriter::beginEntries(KROrdinal property, std::string_view word, std::string& to) {

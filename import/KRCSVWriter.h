@@ -37,6 +37,9 @@ class KRCSVWriter {
   void measure(const IKRPerson& person);
   /// Writes the headings.
   void begin(std::string& to);
+  /// How many columns there are, once `begin` was called. A file of more than `KRCSVReading::kMostColumns`, or with
+  /// longer headings than are read, is not read back as a whole.
+  size_t columnCount() const noexcept { return columnCount_; }
   /// Writes the row of a contact that was measured.
   void append(const IKRPerson& person, std::string& to);
 
@@ -73,4 +76,5 @@ class KRCSVWriter {
   bool hasOddTag_ = false;
   bool isRowBegun_ = false;
   KRHold hold_;
+  size_t columnCount_ = 0;
 };

@@ -89,6 +89,17 @@ class Convert(Files):
             self.assertEqual(51, len(set(ids)))
             self.assertFalse([each for each in ids if each.startswith("123")])
 
+    def test_a_contact_of_thousands_of_values_comes_back(self):
+        source = self.write("a.vcf", host.card("N:Lee;Ann;;;", *(f"TEL:{number}" for number in range(9000)), "UID:ann"))
+        self.run_host("convert", source, "--to", "a.csv")
+        self.assertEqual(self.values(source), self.values("a.csv", "--dialect", "rfc4180"))
+
+    def test_what_could_not_be_read_back_is_not_written(self):
+        source = self.write("a.vcf", host.card("N:Lee;Ann;;;", *(f"TEL:{number}" for number in range(140000)), "UID:ann"))
+        result = self.run_host("convert", source, "--to", "a.csv", code=2)
+        self.assertIn("would need 280003 columns, more than can be read back (262144)", result.err)
+        self.assertFalse((self.folder / "a.csv").exists())
+
     def test_rows_of_others_become_our_own(self):
         source = self.write("a.csv", "Given Name;Family Name;Shoe\nAnn;Lee;41\n")
         self.run_host("convert", source, "--map", "Shoe=note", "--to", "b.csv")

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -302,6 +303,32 @@ TEST(KRCSVReading, CountsARowOfAZeroByteInASingleColumn) {
 
 TEST(KRCSVReading, GivesTheFileSystemsErrors) {
   EXPECT_EQ(KRCSVReading::open("/nowhere/a.csv", KRCSVDialect::rfc4180()).error().code, KRErrorCode::NotFound);
+}
+
+TEST(KRCSVReading, ReadsHeadingsThatAreLongerThanASample) {
+  std::string headings = "First Name";
+  std::string row = "Ann";
+  constexpr size_t kPhones = 20000;
+  for (size_t i = 1; i <= kPhones; ++i) {
+    headings += ",Phone " + std::to_string(i) + " - Value";
+    row += ",0171 " + std::to_string(i);
+  }
+  ASSERT_GT(headings.size(), size_t{256} << 10U);
+  const auto persons = KRCSVPersons::of(krCSVReading(headings + "\n" + row + "\n")).persons;
+  ASSERT_EQ(persons.size(), 1U);
+  const std::string text = krPersonText(*persons[0]);
+  EXPECT_EQ(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')), kPhones + 1) << "a name, and each phone";
+  EXPECT_THAT(text, HasSubstr("'0171 20000'\n"));
+}
+
+TEST(KRCSVReading, ReadsSoManyHeadingsAndTakesFurtherCellsForOnesWithoutAny) {
+  const std::string wide(KRCSVReading::kMostColumns + 10, ',');
+  KRCSVReading reading = krCSVReading("First Name" + wide + "x\nAnn" + wide + "y\n");
+  const std::string last = "'Column " + std::to_string(wide.size() + 1) + "': 'y'\n";
+  EXPECT_LE(reading.mapping().columns().size(), KRCSVReading::kMostColumns);
+  const auto persons = KRCSVPersons::of(std::move(reading)).persons;
+  ASSERT_EQ(persons.size(), 1U);
+  EXPECT_EQ(krPersonText(*persons[0]), "name: 'Ann'--\nother " + last);
 }
 
 }  // namespace
