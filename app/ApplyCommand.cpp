@@ -44,7 +44,7 @@ int ApplyCommand::run(Terminal& terminal) {
 void ApplyCommand::report(FixRun& run, PlanRun& fixes, Terminal& terminal) const {
   FixReport report(terminal, dryRun_);
   const auto headingOf = [&](const PlanRun::Group& group) {
-    return FixReport::headingOf(group.choice, group.fixes.size(), fixes.first(group));
+    return FixReport::headingOf(group.choice, group.findings, fixes.first(group));
   };
   std::vector<FixAccount> done;
   if (dryRun_) {

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "app/DisplayText.h"
-#include "app/HandleNames.h"
 #include "app/PersonText.h"
 #include "app/RowDiff.h"
+#include "app/SampleFinding.h"
 #include "app/UserBooks.h"
 #include "issues/KRIssueContext.h"
 
@@ -36,8 +36,8 @@ std::string FixReport::headingOf(const FixChoice& choice, const KRRef<KRIssueCon
 }
 
 std::string FixReport::headingOf(const FixChoice& choice, size_t count, KRIssueObject* finding) {
-  const std::string fix = finding == nullptr ? HandleNames::shortName(choice.handle->name())
-                                             : shownText(choice.handle->title(finding).view());
+  const SampleFinding sample(*choice.issue);
+  const std::string fix = shownText(choice.handle->title(finding != nullptr ? finding : sample.get()).view());
   return shownText(choice.issue->displayName().view()) + " · " + fix + " (" + std::to_string(count) + ")";
 }
 

@@ -6,6 +6,7 @@
 #include "app/HandleNames.h"
 #include "app/IssueNames.h"
 #include "app/JsonWriter.h"
+#include "app/SampleFinding.h"
 #include "app/StoredChoice.h"
 #include "app/Unusable.h"
 #include "handles/KRIssueHandle.h"
@@ -16,19 +17,6 @@
 namespace {
 
 using Layout = JsonWriter::Layout;
-
-/// A finding of the issue that concerns nobody: what a handle says of itself depends on the issue of a finding.
-class SampleFinding {
- public:
-  explicit SampleFinding(KRIssue& issue) : context_(krMake<KRIssueContext>(KRRef<KRIssue>(&issue))) {
-    context_->addIssueObject(finding_.get());
-  }
-  KRIssueObject* get() const { return finding_.get(); }
-
- private:
-  KRRef<KRIssueContext> context_;
-  KRRef<KRIssueObject> finding_ = krMake<KRIssueObject>();
-};
 
 void writeIssue(JsonWriter& json, KRIssue& issue, bool isUsed) {
   json.beginObject();

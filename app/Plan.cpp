@@ -137,7 +137,11 @@ Plan::Fix fixIn(const Place& place) {
   Plan::Fix fix;
   fix.choice = choiceIn(place);
   fix.persons = personsIn(place["persons"], *fix.choice.issue);
-  if (place.has("info")) fix.info = place["info"].textOrNothing();
+  if (place.has("info")) {
+    fix.info = place["info"].textOrNothing();
+  } else if (sameText(fix.choice.handle->name(), KRHandleNameAddSupport)) {
+    place.refuse("there is no \"info\", the text that is to count as usual");
+  }
   if (place.has("describe")) static_cast<void>(place["describe"].textOrNothing());
   const Place first = place["persons"][size_t{0}];
   const std::string name = first.has("name") ? first["name"].textOrNothing() : std::string();

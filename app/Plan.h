@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,8 @@ struct Plan {
   };
   struct Fix {
     FixChoice choice;
-    /// The text form of the finding's `info`; "" for none.
-    std::string info;
+    /// The text form of the finding's `info`, "" for none; nothing where the plan leaves it open.
+    std::optional<std::string> info;
     /// The contacts that the fix is about, the main one first: all of the finding, or some.
     std::vector<Person> persons;
     /// New values of the main contact by the names of properties; null when there are none.

@@ -22,7 +22,7 @@ std::string contentOf(const Plan::Fix& fix) {
   for (const Plan::Person& person : fix.persons) persons.push_back({person.ID, person.digest});
   if (fix.values.is_null()) std::sort(persons.begin(), persons.end());
   return nlohmann::json{std::string(fix.choice.issue->name().view()), std::string(fix.choice.handle->name().view()),
-                        fix.info, persons, fix.values}
+                        fix.info ? nlohmann::json(*fix.info) : nlohmann::json(), persons, fix.values}
       .dump();
 }
 
@@ -42,12 +42,21 @@ std::vector<PlanRun::Group> groupsOf(const Plan& plan, const std::vector<bool>& 
       return each.choice.issue == choice.issue && sameText(each.choice.handle->name(), choice.handle->name());
     });
     if (known == groups.end()) {
-      groups.push_back({choice, {i}});
+      groups.push_back({choice, {i}, 0});
     } else {
       known->fixes.push_back(i);
     }
   }
   return groups;
+}
+
+/// Among the fixes of one group: what the fix is about.
+std::string subjectOf(const KRIssueObject& finding) {
+  std::vector<std::string> persons;
+  const KRPersonArray all = finding.persons();
+  for (const IKRPerson* person : all) persons.emplace_back(person->ID().view());
+  std::sort(persons.begin(), persons.end());
+  return nlohmann::json{infoOf(finding), persons}.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 KRStringList issuesOf(const std::vector<PlanRun::Group>& groups) {
@@ -76,14 +85,28 @@ PlanRun::PlanRun(const Plan& plan, const std::string& file, FixRun& run)
   for (size_t i = 0; i < plan.fixes.size(); ++i) {
     const Plan::Fix& fix = plan.fixes[i];
     const std::string wrong = isRepeated_[i] ? std::string() : lookUp(fix);
-    if (isRepeated_[i]) findings_.emplace_back();
+    // One for each fix, also where there is none.
+    findings_.resize(i + 1);
     if (wrong.empty()) continue;
     if (!first.empty()) ++others;
     if (first.empty()) first = fix.place + ": " + wrong;
   }
+  findFurther();
   if (first.empty()) return;
   throw Unusable(file + ": " + first + (others > 0 ? "; likewise " + counted(others, "other fix", "other fixes") : "") +
                  "; nothing is applied");
+}
+
+/// New values of one finding may stand in several fixes.
+void PlanRun::findFurther() {
+  isFurther_.resize(findings_.size());
+  for (Group& group : groups_) {
+    std::unordered_set<std::string> known;
+    for (const size_t place : group.fixes) {
+      isFurther_[place] = findings_[place] && !known.insert(subjectOf(*findings_[place])).second;
+    }
+    group.findings = known.size();
+  }
 }
 
 /// What is wrong with the fix, or "" when its finding stands in `findings_`.
@@ -113,7 +136,7 @@ KRRef<KRIssueObject> PlanRun::findingOf(const Plan::Fix& fix, const std::vector<
   const KRList<KRIssueObject>* indexed = result.issueObjectsOfPerson(persons.front().get());
   if (indexed == nullptr) return {};
   for (const KRRef<KRIssueObject>& finding : indexed->copy()) {
-    if (finding->issue() != fix.choice.issue || infoOf(*finding) != fix.info) continue;
+    if (finding->issue() != fix.choice.issue || (fix.info && infoOf(*finding) != *fix.info)) continue;
     const bool listsAll = std::all_of(persons.begin(), persons.end(),
                                       [&](const auto& person) { return finding->listsPerson(person.get()); });
     if (!listsAll || used_.count(finding.get()) != 0) continue;
@@ -154,6 +177,7 @@ FixAccount PlanRun::apply(const Group& group, const FixRun::Observer& observer) 
     }
     const FixEffect effect = applyOne(plan_.fixes[place], *finding, detail);
     account.add(effect);
+    if (isFurther_[place]) --account.findings;
     if (effect.changesValues()) changed.insert(effect.persons.first());
     if (observer) observer(effect);
   }

@@ -15,6 +15,8 @@ class PlanRun {
   struct Group {
     FixChoice choice;
     std::vector<size_t> fixes;
+    /// How many findings they are about.
+    size_t findings = 0;
   };
 
   /// Scans the book and looks up the finding of every fix. Throws `Unusable`, naming the first such fix and how many
@@ -32,6 +34,7 @@ class PlanRun {
   size_t settled() const noexcept { return settled_; }
 
  private:
+  void findFurther();
   std::string lookUp(const Plan::Fix& fix);
   KRRef<KRIssueObject> findingOf(const Plan::Fix& fix, const std::vector<KRRef<IKRPerson>>& persons);
   FixEffect applyOne(const Plan::Fix& fix, KRIssueObject& finding, FixWatch::Detail detail);
@@ -45,6 +48,8 @@ class PlanRun {
   std::unordered_set<const KRIssueObject*> used_;
   /// The finding of each fix; nothing for one that is repeated.
   std::vector<KRRef<KRIssueObject>> findings_;
+  /// Whether each fix is about the finding of one in front of it in its group.
+  std::vector<bool> isFurther_;
   std::vector<Group> groups_;
   size_t settled_ = 0;
 };

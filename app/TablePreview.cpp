@@ -1,6 +1,7 @@
 #include "app/TablePreview.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -15,11 +16,6 @@ constexpr size_t kFirstContacts = 5;
 constexpr size_t kNumberDigits = 2;
 constexpr size_t kIndent = 2;
 constexpr size_t kGap = 2;
-/// The first values of a column, and where a terminal is too narrow for them.
-constexpr size_t kValueCells = 24;
-constexpr size_t kFewValueCells = 14;
-constexpr size_t kWhyCells = 14;
-constexpr size_t kLabelCells = 16;
 constexpr size_t kShownLines = 10;
 
 using Persons = std::vector<KRRef<IKRPerson>>;
@@ -52,61 +48,77 @@ std::string listOf(const std::vector<size_t>& lines) {
   return lines.size() > kShownLines ? list + " and " + std::to_string(lines.size() - kShownLines) + " more" : list;
 }
 
-std::string cell(const KRString& text, size_t width) {
-  return fittedText(shownText(text.view()), width);
-}
-
 std::string valuesCell(const KRStringList& values, size_t width) {
   std::string joined;
   for (const KRString& value : values) joined += (joined.empty() ? "" : " | ") + shownText(value.view());
   return fittedText(joined, width);
 }
 
-using Row = std::vector<std::string>;
+/// The table's columns.
+enum At : size_t { Number, Heading, Values, Property, Label, Why, All };
+using Row = std::array<std::string, All>;
+using Widths = std::array<size_t, All>;
 
-/// The table's headings and its rows.
-std::vector<Row> rowsOf(const std::vector<TableFile::Column>& columns, size_t valueCells) {
+/// Wider cells of these are cut in any terminal.
+constexpr size_t kValueCells = 24;
+constexpr size_t kLabelCells = 16;
+
+/// What gives way in a narrow terminal, one after the other, as far as it must: cells of that column get no narrower
+/// than this for the sake of the others.
+struct Narrowing {
+  At column;
+  size_t cells;
+};
+constexpr Narrowing kNarrowings[] = {{Why, 14},    {Values, 14},  {Heading, 16}, {Label, 8},
+                                     {Values, 10}, {Heading, 12}, {Why, 12},     {Label, 5}};
+
+std::vector<Row> rowsOf(const std::vector<TableFile::Column>& columns) {
   std::vector<Row> rows = {{"column", "heading", "first values", "property", "label", "why"}};
   for (size_t i = 0; i < columns.size(); ++i) {
     const TableFile::Column& each = columns[i];
-    rows.push_back({std::to_string(i + 1), shownText(each.heading.view()), valuesCell(each.firstValues, valueCells),
-                    shownText(each.property.view()), cell(each.label, kLabelCells), shownText(each.why.view())});
+    rows.push_back({std::to_string(i + 1), shownText(each.heading.view()), valuesCell(each.firstValues, kValueCells),
+                    shownText(each.property.view()), fittedText(shownText(each.label.view()), kLabelCells),
+                    shownText(each.why.view())});
   }
   return rows;
 }
 
-/// How wide the first `count` columns are, with the gaps behind them.
-size_t widthOf(const std::vector<Row>& rows, size_t count) {
-  size_t whole = 0;
-  for (size_t i = 0; i < count; ++i) {
-    size_t widest = 0;
-    for (const Row& row : rows) widest = std::max(widest, displayWidth(row[i]));
-    whole += widest + kGap;
+/// How wide each column is where the whole table has that much room.
+Widths widthsOf(const std::vector<Row>& rows, size_t room) {
+  Widths widths{};
+  size_t whole = (All - 1) * kGap;
+  for (size_t column = 0; column < All; ++column) {
+    for (const Row& row : rows) widths[column] = std::max(widths[column], displayWidth(row[column]));
+    whole += widths[column];
   }
-  return whole;
+  for (const Narrowing& each : kNarrowings) {
+    size_t& width = widths[each.column];
+    const size_t less = std::min(whole - std::min(whole, room), width - std::min(width, each.cells));
+    width -= less;
+    whole -= less;
+  }
+  return widths;
 }
 
-/// In a narrow terminal fewer of the values are shown, and the reason goes on below itself.
+/// In a narrow terminal less of values and labels is shown, and headings and reasons go on below themselves.
 void printColumns(Terminal& terminal, const std::vector<TableFile::Column>& columns) {
-  const size_t room = terminal.width() - std::min(terminal.width(), kIndent);
-  std::vector<Row> rows = rowsOf(columns, kValueCells);
-  const size_t last = rows.front().size() - 1;
-  if (widthOf(rows, last + 1) > room + kGap) {
-    for (size_t cells = kValueCells; cells > kFewValueCells && widthOf(rows, last) + kWhyCells > room; --cells) {
-      rows = rowsOf(columns, cells - 1);
-    }
-  }
-  const size_t others = widthOf(rows, last);
-  const size_t whyCells = room > others + kWhyCells ? room - others : kWhyCells;
-  Table table(rows.front(), Table::Cells::Words);
-  for (size_t i = 1; i < rows.size(); ++i) {
-    const std::vector<std::string> why = wrappedText(rows[i][last], whyCells);
-    rows[i][last] = why.front();
-    table.addRow(rows[i]);
-    for (size_t line = 1; line < why.size(); ++line) {
-      Row further(last + 1);
-      further[last] = why[line];
-      table.addRow(std::move(further));
+  const std::vector<Row> rows = rowsOf(columns);
+  const Widths widths = widthsOf(rows, terminal.width() - std::min(terminal.width(), kIndent));
+  const auto fitted = [&](const Row& row) {
+    std::vector<std::string> cells(row.begin(), row.end());
+    for (const At column : {Values, Label}) cells[column] = fittedText(row[column], widths[column]);
+    return cells;
+  };
+  Table table(fitted(rows.front()), Table::Cells::Words);
+  for (auto row = rows.begin() + 1; row != rows.end(); ++row) {
+    const std::vector<std::string> heading = wrappedText((*row)[Heading], widths[Heading]);
+    const std::vector<std::string> why = wrappedText((*row)[Why], widths[Why]);
+    std::vector<std::string> cells = fitted(*row);
+    for (size_t line = 0; line < std::max({heading.size(), why.size(), size_t{1}}); ++line) {
+      if (line > 0) cells.assign(All, std::string());
+      cells[Heading] = line < heading.size() ? heading[line] : std::string();
+      cells[Why] = line < why.size() ? why[line] : std::string();
+      table.addRow(cells);
     }
   }
   table.print(terminal, kIndent);

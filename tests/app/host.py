@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import pty
+import re
 import shutil
 import subprocess
 import sys
@@ -13,6 +14,8 @@ import unittest
 PROGRAM = pathlib.Path(sys.argv[1]).resolve() if len(sys.argv) > 1 else None
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 TIMEOUT = 300
+# What moves the cursor or colours a text.
+ESCAPE = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]")
 
 # Constant -> value, in the catalogue's order.
 ISSUES = {

@@ -1,7 +1,6 @@
 """A program on a terminal of its own, driven key by key: each key is sent when the program waits for one."""
 import os
 import pty
-import re
 import select
 import struct
 import subprocess
@@ -10,7 +9,6 @@ import fcntl
 
 import host
 
-ESCAPE = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]")
 CLEAR = "\x1b[H\x1b[2J"
 
 
@@ -71,7 +69,7 @@ class Session:
                 raw = b""
             except UnicodeDecodeError:  # a character was cut; its rest comes
                 continue
-        return ESCAPE.sub("", self.seen[start:].split(CLEAR)[-1]).replace("\r\n", "\n")
+        return host.ESCAPE.sub("", self.seen[start:].split(CLEAR)[-1]).replace("\r\n", "\n")
 
     def screen(self):
         """The first screen."""
@@ -92,4 +90,4 @@ class Session:
             rest += piece
         self.seen += rest.decode()
         self.test.assertEqual(code, self.process.wait(host.TIMEOUT), self.seen[-3000:])
-        return ESCAPE.sub("", self.seen[start:]).replace("\r\n", "\n")
+        return host.ESCAPE.sub("", self.seen[start:]).replace("\r\n", "\n")

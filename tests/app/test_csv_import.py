@@ -65,6 +65,17 @@ class Import(host.HostTest):
                           "why": "chosen"}, document["columns"][5])
         self.assertEqual([], self.persons())
 
+    def test_the_preview_of_many_columns_with_long_names_keeps_to_the_screen(self):
+        headings = [f"Address {i} - Postal Code" if i % 2 else f"A heading of several words, number {i}" for i in range(110)]
+        path = self.write("a.csv", "First Name,Instant Message 1 - Service," + ",".join(f'"{each}"' for each in headings) +
+                          "\nAnn,Chat," + ",".join(f"a longer value {i}" for i in range(110)) + "\n")
+        for width in (80, 100, 140):
+            shown = self.run_on_terminal("import", path, "--preview", "--dialect", "rfc4180", "--no-progress", width=width)
+            table = host.ESCAPE.sub("", shown.out)
+            self.assertEqual([], [line for line in table.splitlines() if len(line) > width])
+            self.assertIn("address.postalCode", table)
+            self.assertIn("A heading of", table)
+
     def test_the_preview_of_the_strict_dialect_tells_what_it_drops(self):
         path = self.write("a.csv", "Last,Other Thing,Z,Y\nLee,one,a@b.c,x\nshort\nNg,two,,\n")
         document = self.run_host("import", path, "--preview", "--json").json()["files"][0]

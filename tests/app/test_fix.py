@@ -66,6 +66,11 @@ class Fix(host.HostTest):
         err = self.fix(self.book(TITLE), "unusual-title=add-support", code=2).err
         self.assertIn("the contacts are saved, but not the settings", err)
 
+    def test_a_heading_without_findings_names_the_fix_as_others_do(self):
+        out = self.fix(self.book(HALF), "exact-duplicates=delete-duplicates", "unusual-title=add-support").out
+        for fix in ("Delete duplicate contacts", "Add to Allowed Prefixes List"):
+            self.assertIn(f" · {fix} (0)\n", out)
+
     def test_a_folder_is_fixed_file_by_file(self):
         self.book(TWIN, name="folder/a.vcf")
         self.book(TWIN, name="folder/b.vcf")

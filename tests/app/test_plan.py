@@ -100,10 +100,23 @@ class Plan(host.HostTest):
         plan["fixes"][0]["values"] = {"phone": ["1234", "56"]}
         other["values"] = {"nickname": "Chuck"}
         plan["fixes"].append(other)
-        self.apply(plan)
+        out = self.apply(plan).out
+        self.assertIn("(1)\n  1 finding fixed; 1 contact changed", out)
         values = self.persons()["carl"]["values"]
         self.assertEqual(["1234", "56"], [entry["value"] for entry in values["phone"]])
         self.assertEqual("Chuck", values["nickname"]["value"])
+
+    def test_the_text_of_a_finding_may_be_left_out_where_the_fix_needs_none(self):
+        plan = self.plan("invalid-characters=edit")
+        del plan["fixes"][0]["info"]
+        plan["fixes"][0]["values"] = {"phone": ["1234", "56"]}
+        self.assertIn("1 finding fixed", self.apply(plan).out)
+        title = self.write("title.vcf", host.card("N:Weiss;Anja;;Dipl.-Ing.;", "FN:Anja Weiss", "UID:weiss"))
+        plan = self.plan("unusual-title=add-support", book=title)
+        del plan["fixes"][0]["info"]
+        self.assertIn('/fixes/0: there is no "info"', self.apply(plan, code=2).err)
+        plan["fixes"][0]["handle"] = "ignore"
+        self.assertIn("1 finding fixed", self.apply(plan).out)
 
     def test_a_copy_of_a_fix_with_a_stale_digest_is_refused(self):
         plan = self.plan("first-name-spacing=remove-space")
