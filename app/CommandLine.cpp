@@ -18,6 +18,7 @@
 #include "app/Interrupt.h"
 #include "app/IssuesCommand.h"
 #include "app/LoadCommand.h"
+#include "app/MappingsCommand.h"
 #include "app/MergeCommand.h"
 #include "app/PlanCommand.h"
 #include "app/PropertiesCommand.h"
@@ -43,6 +44,7 @@ Commands declareCommands(CLI::App& app) {
   commands.push_back(std::make_unique<ConvertCommand>(app));
   commands.push_back(std::make_unique<BooksCommand>(app));
   commands.push_back(std::make_unique<ImportCommand>(app));
+  commands.push_back(std::make_unique<MappingsCommand>(app));
   commands.push_back(std::make_unique<ExportCommand>(app));
   commands.push_back(std::make_unique<FixCommand>(app));
   commands.push_back(std::make_unique<MergeCommand>(app));

@@ -67,13 +67,17 @@ Delimited files:
                     comma, semicolon or tab and the character set are found out,
                     the headings of common programs are known.
                     (strict; rfc4180 when an option below is given)
+  --separator WHAT  what stands between cells: comma, semicolon, tab, pipe, or
+                    one other character (found out)
+  --day-order WHAT  day-first or month-first, in dates such as 3/2/1990 (found
+                    out from all dates of the file)
   --map "HEADING=PROPERTY[:LABEL]"
                     let the column of that heading feed a property, or a part of
                     one: phone, phone.label, firstName, address.city, ignore. A
                     column without a heading is "Column 3". Given again: more
                     columns.
   --save-map NAME   keep this mapping under a name, once all is saved
-  --use-map NAME    use a mapping that was kept
+  --use-map NAME    use a mapping that was kept ("krcontacts mappings")
   --raw-cells       take apostrophes in front of cells for text, in files that
                     "export" has written
   --preview         put nothing in; show what each column feeds and why, the
@@ -87,6 +91,20 @@ Examples:
   krcontacts import mail.csv --preview --dialect rfc4180
   krcontacts import mail.csv --into Family --map "Shoe Size=note"
   krcontacts import *.vcf --into Family --existing update --dry-run
+)"},
+    {"mappings",
+     R"(krcontacts mappings - shows the mappings of delimited files that were kept
+
+Usage:
+  krcontacts mappings [list] [--json]
+  krcontacts mappings remove NAME...
+
+"krcontacts import FILE.csv --save-map NAME" keeps what each column feeds under
+a name, and --use-map NAME lets the columns of another file with the same
+headings feed the same.
+
+  --json      the list as one JSON document
+  -h, --help  this page
 )"},
     {"export",
      R"(krcontacts export - writes the contacts of a book to a file

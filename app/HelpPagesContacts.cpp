@@ -18,6 +18,7 @@ Usage:
   krcontacts ignored         show the findings that are ignored from now on
   krcontacts books           show your address books, add and remove them
   krcontacts import FILE...  put the contacts of files into a book
+  krcontacts mappings        show the kept mappings of delimited files
   krcontacts export [BOOK]   write the contacts of a book to a file
   krcontacts trash           show what was deleted, put it back
   krcontacts undo            put back what a run changed
@@ -76,7 +77,8 @@ What to look for:
                            shown.)
 
 How delimited files (.csv) are read, as in "krcontacts import":
-  --dialect NAME, --map "HEADING=PROPERTY[:LABEL]", --use-map NAME, --raw-cells
+  --dialect NAME, --separator WHAT, --day-order WHAT,
+  --map "HEADING=PROPERTY[:LABEL]", --use-map NAME, --raw-cells
 
 What to show:
   --limit N                at most N findings for each issue (10)
@@ -127,7 +129,8 @@ Which contacts:
   --id ID        only the contact of exactly this ID. Given again: each of them.
 
 How:
-  --dialect NAME, --map "HEADING=PROPERTY[:LABEL]", --use-map NAME, --raw-cells
+  --dialect NAME, --separator WHAT, --day-order WHAT,
+  --map "HEADING=PROPERTY[:LABEL]", --use-map NAME, --raw-cells
                  how delimited files (.csv) are read, as in "krcontacts import"
   --json         one JSON document, with every value of every property
   --verbose      the line and reason of every contact that could not be read
@@ -159,6 +162,9 @@ In a delimited file the headings decide what each column is; N is how many rows
 there are below them. Files are named .vcf, .vcard or .csv.
 
   --notes     the line, card and reason of everything that was passed over
+  --dialect NAME, --separator WHAT, --day-order WHAT,
+  --map "HEADING=PROPERTY[:LABEL]", --use-map NAME, --raw-cells
+              how a delimited file is read, as in "krcontacts import"
   -h, --help  this page
 )"},
     {"convert",
@@ -180,7 +186,8 @@ standard output, both as vCards. How delimited files (.csv) are read is said in
                  (without it: every byte is copied as it is, once it is sure that
                  there are contacts in the file; contacts of a delimited file are
                  written in 3.0)
-  --dialect NAME, --map "HEADING=PROPERTY[:LABEL]", --use-map NAME
+  --dialect NAME, --separator WHAT, --day-order WHAT,
+  --map "HEADING=PROPERTY[:LABEL]", --use-map NAME
                  how a delimited file is read, as in "krcontacts import"
   --raw-cells    no apostrophes that guard cells, neither read nor written
   --force        replace a file that is there already

@@ -6,7 +6,9 @@
 
 #include "app/EventLine.h"
 #include "app/PersonDocument.h"
+#include "app/TableFile.h"
 #include "app/Unusable.h"
+#include "import/KRPersonCSVLoad.h"
 #include "import/KRPersonLoad.h"
 #include "platform/KRFile.h"
 #include "platform/KRFileReader.h"
@@ -94,6 +96,7 @@ std::string noteLine(const std::string& file, const KRPersonLoadNote& note) {
 LoadCommand::LoadCommand(CLI::App& app) : words_(app.add_subcommand("load")) {
   words_->add_option("FILE", file_)->required();
   words_->add_flag("--notes", notes_);
+  tables_.addTo(*words_);
 }
 
 bool LoadCommand::isChosen() const {
@@ -101,7 +104,13 @@ bool LoadCommand::isChosen() const {
 }
 
 int LoadCommand::run(Terminal& terminal) {
+  tables_.check({file_});
   const KRRef<KRPersonLoad> loader = loaderFor(file_);
+  if (auto* rows = dynamic_cast<KRPersonCSVLoad*>(loader.get())) {
+    rows->setDialect(tables_.dialect());
+    const TableFile table(file_, tables_);
+    if (table.mapping() != nullptr) rows->setMapping(*table.mapping());
+  }
   const auto listener = std::make_shared<LineListener>(terminal.out());
   loader->setDelegate(listener);
   if (notes_) {

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/Command.h"
+#include "app/TableOptions.h"
 
 /// `krcontacts load`: the person file loader as a host sees it, one JSON line for each call that the listener gets.
 class LoadCommand : public Command {
@@ -15,5 +16,6 @@ class LoadCommand : public Command {
  private:
   CLI::App* words_;
   std::string file_;
+  TableOptions tables_;
   bool notes_ = false;
 };

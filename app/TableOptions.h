@@ -13,7 +13,7 @@ class App;
 /// The options that say how delimited files (.csv) are read.
 class TableOptions {
  public:
-  /// Declares `--dialect`, `--map`, `--use-map` and `--raw-cells`.
+  /// Declares `--dialect`, `--separator`, `--day-order`, `--map`, `--use-map` and `--raw-cells`.
   void addTo(CLI::App& words);
   /// Declares `--save-map`.
   void addSavingTo(CLI::App& words);
@@ -40,7 +40,14 @@ class TableOptions {
  private:
   bool isAboutMapping() const noexcept { return !maps_.empty() || !useMap_.empty() || !saveMap_.empty(); }
 
+  /// Whether an option is given that only the dialect of RFC 4180 knows.
+  bool needsQuoting() const noexcept {
+    return isAboutMapping() || rawCells_ || !separator_.empty() || !dayOrder_.empty();
+  }
+
   std::string dialect_;
+  std::string separator_;
+  std::string dayOrder_;
   std::vector<std::string> maps_;
   std::string useMap_;
   std::string saveMap_;

@@ -313,19 +313,31 @@ KRResult<void> KRCSVMapping::use(const KRString& name) {
                    "there is no mapping \"" + std::string(name.view()) + "\"" +
                        (names.empty() ? std::string("; none is saved") : "; saved are: " + joined(names))};
   }
+  for (const KRCSVColumn& saved : savedColumns(name)) {
+    for (KRCSVColumn* column : columnsNamed(saved.heading)) {
+      *column = {column->heading, saved.target, saved.label, saved.number, Why::Saved};
+    }
+  }
+  return {};
+}
+
+std::vector<KRCSVColumn> KRCSVMapping::savedColumns(const KRString& name) {
+  std::vector<KRCSVColumn> columns;
+  const KRRef<KRValueMap> all = savedMappings();
+  const KRValue* saved = name.isNothing() ? nullptr : all->find(name);
+  const auto* list = saved != nullptr ? saved->as<KRValueList>() : nullptr;
+  if (list == nullptr) return columns;
   for (const KRValue& value : list->values()) {
     const auto* entry = value.as<KRValueMap>();
     if (entry == nullptr) continue;
     const std::optional<KRCSVTarget> target = KRCSVTarget::named(textOf(*entry, "target"));
     if (!target) continue;
     const KRValue* number = entry->find("number");
-    for (KRCSVColumn* column : columnsNamed(textOf(*entry, "heading"))) {
-      const bool isKnown = number != nullptr && number->asWhole() != nullptr;
-      *column = {column->heading, *target, textOf(*entry, "label"),
-                 isKnown ? static_cast<uint32_t>(*number->asWhole()) : 0, Why::Saved};
-    }
+    const bool isKnown = number != nullptr && number->asWhole() != nullptr;
+    columns.push_back({textOf(*entry, "heading"), *target, textOf(*entry, "label"),
+                       isKnown ? static_cast<uint32_t>(*number->asWhole()) : 0, Why::Saved});
   }
-  return {};
+  return columns;
 }
 
 KRStringList KRCSVMapping::savedNames() {

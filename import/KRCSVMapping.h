@@ -80,6 +80,9 @@ class KRCSVMapping {
   KRResult<void> use(const KRString& name);
   /// The names of the saved mappings, sorted.
   static KRStringList savedNames();
+  /// The columns of the mapping saved under the name, none where there is none such; each by its heading, with what it
+  /// feeds and its label.
+  static std::vector<KRCSVColumn> savedColumns(const KRString& name);
   /// Forgets one; success when there is none.
   static KRResult<void> removeSaved(const KRString& name);
 

@@ -136,6 +136,34 @@ class Import(host.HostTest):
                           for each in self.persons()])
         self.assertIn("saved are: mine", self.put(first, "--use-map", "other", code=2).err)
 
+    def test_kept_mappings_are_listed_and_removed(self):
+        self.assertIn("--save-map", self.run_host("mappings").out)
+        for name in ("shop", "club"):
+            self.put(self.write("a.csv", "First Name,Shoe\r\nAnn,41\r\n"), "--map", "Shoe=note", "--save-map", name)
+        self.assertEqual("club · 2 columns\n  First Name = firstName\n  Shoe = note\n\n"
+                         "shop · 2 columns\n  First Name = firstName\n  Shoe = note\n", self.run_host("mappings").out)
+        first = self.run_host("mappings", "list", "--json").json()["mappings"][0]
+        self.assertEqual({"name": "club", "columns": [{"heading": "First Name", "property": "firstName", "label": None},
+                                                      {"heading": "Shoe", "property": "note", "label": None}]}, first)
+        self.assertIn('no mapping "x"', self.run_host("mappings", "remove", "shop", "x", code=2).err)
+        self.assertEqual("Removed the mapping shop\n", self.run_host("mappings", "remove", "shop").out)
+        self.assertEqual(["club"], [each["name"] for each in self.run_host("mappings", "--json").json()["mappings"]])
+        self.run_host("undo")
+        self.assertEqual(2, len(self.run_host("mappings", "--json").json()["mappings"]))
+
+    def test_separator_and_order_of_dates_may_be_said(self):
+        path = self.write("a.csv", "First Name|Birthday\r\nAnn, the first|3/2/1990\r\n")
+        for order, date in (("day-first", "1990-02-03"), ("month-first", "1990-03-02")):
+            words = (path, "--separator", "pipe", "--day-order", order)
+            values = self.run_host("show", "--json", *words).json()["persons"][0]["values"]
+            self.assertEqual(("Ann, the first", date), (values["name"]["value"]["first"], values["birthday"]["value"]))
+            lines = self.run_host("load", *words).out.splitlines()
+            self.assertEqual(values, json.loads(lines[2])["person"]["values"])
+        for words in (("--separator", "ab"), ("--separator", "é"), ("--separator", '"'), ("--day-order", "year"),
+                      ("--separator", "tab", "--dialect", "strict")):
+            self.assertEqual(1, self.run_host("show", path, *words, code=2).err.count("\n"), words)
+        self.assertIn(".csv", self.run_host("load", self.write("a.vcf", ""), "--separator", "tab", code=2).err)
+
     def test_cards_and_rows_come_together(self):
         card = self.write("a.vcf", host.card("N:;Cy;;;", "UID:cy"))
         counts = self.run_host("import", card, self.write("a.csv", PAIRS), "--into", "Family", "--dialect", "rfc4180",
