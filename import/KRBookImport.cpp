@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <memory>
 #include <utility>
 
 #include "contacts/model/KRPersonIDs.h"
@@ -125,14 +124,13 @@ KRResult<void> KRBookImport::addFile(KRText path) {
   KRResult<KRFileReader> opened = KRFileReader::open(path);
   if (!opened) return opened.error();
   return read(KRString(path), [&](KRVCardReader& reader, bool& isText) -> KRResult<void> {
-    const auto piece = std::make_unique<char[]>(kPiece);
     for (;;) {
-      const KRResult<size_t> size = opened->read(piece.get(), kPiece);
+      char* const piece = reader.room(kPiece).data();
+      const KRResult<size_t> size = opened->read(piece, kPiece);
       if (!size) return KRError{size.error().code, std::string(path.view()) + ": " + size.error().sentence};
       if (*size == 0) break;
-      const std::string_view bytes(piece.get(), *size);
-      isText = isText || !isBlank(bytes);
-      reader.feed(bytes);
+      isText = isText || !isBlank({piece, *size});
+      reader.feedRoom(*size);
       if (options_.progress) options_.progress(*size);
     }
     reader.finish();

@@ -1,7 +1,6 @@
 #include "contacts/vcard/KRVCardBook.h"
 
 #include <filesystem>
-#include <memory>
 #include <system_error>
 
 #include "platform/KRFileReader.h"
@@ -71,17 +70,16 @@ KRVCardBook::Summary KRVCardBook::addBytes(std::string_view bytes, const KRVCard
 KRResult<KRVCardBook::Summary> KRVCardBook::addFrom(KRFileReader& file, const KRVCardNoteSink& notes) {
   KRVCardReader reader(sink(), notes);
   reader.setGroups(groupSink());
-  const auto piece = std::make_unique<char[]>(kPiece);
   bool isEmpty = true;
   while (true) {
-    const KRResult<size_t> count = file.read(piece.get(), kPiece);
+    char* const piece = reader.room(kPiece).data();
+    const KRResult<size_t> count = file.read(piece, kPiece);
     if (!count) {
       summaryOf(reader, isEmpty);
       return count.error();
     }
-    const std::string_view bytes(piece.get(), *count);
-    isEmpty = isEmpty && isBlank(bytes);
-    reader.feed(bytes);
+    isEmpty = isEmpty && isBlank({piece, *count});
+    reader.feedRoom(*count);
     if (*count < kPiece) break;
   }
   reader.finish();

@@ -1,6 +1,9 @@
 #include "contacts/vcard/KRVCardReader.h"
 
 #include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
 
 #include "contacts/model/KRAddressBook.h"
 #include "contacts/vcard/KRVCardText.h"
@@ -53,8 +56,23 @@ void KRVCardReader::startFile(std::string_view start) {
 }
 
 void KRVCardReader::feed(std::string_view bytes) {
-  buffer_.append(bytes);
-  if (buffer_.size() < enough_) return;
+  if (bytes.empty()) return;
+  std::memcpy(room(bytes.size()).data(), bytes.data(), bytes.size());
+  feedRoom(bytes.size());
+}
+
+std::span<char> KRVCardReader::room(size_t size) {
+  const size_t wanted = buffer_.size() + size;
+  if (wanted > buffer_.capacity() && !buffer_.reserve(std::max(wanted, buffer_.capacity() * 2))) throw std::bad_alloc();
+  return {buffer_.data() + buffer_.size(), buffer_.capacity() - buffer_.size()};
+}
+
+void KRVCardReader::feedRoom(size_t count) {
+  buffer_.setSize(buffer_.size() + count);
+  if (buffer_.size() >= enough_) runBuffer();
+}
+
+void KRVCardReader::runBuffer() {
   size_t mark = 0;
   if (!isStarted_) {
     startFile(buffer_);
@@ -65,16 +83,17 @@ void KRVCardReader::feed(std::string_view bytes) {
     return;
   }
   passed_ += mark;
-  const size_t done = run(std::string_view(buffer_).substr(mark), false);
+  const size_t done = run(buffer_.view().substr(mark), false);
   passed_ += done;
-  buffer_.erase(0, mark + done);
+  const size_t left = buffer_.size() - mark - done;
+  std::memmove(buffer_.data(), buffer_.data() + mark + done, left);
+  buffer_.setSize(left);
   // A card that is not whole yet is looked at again when there is twice as much of it.
   enough_ = std::max(block_, buffer_.size() * 2);
 }
 
 void KRVCardReader::finish() {
-  std::string rest;
-  rest.swap(buffer_);
+  const KRBuffer rest = std::exchange(buffer_, KRBuffer());
   enough_ = block_;
   if (!isStarted_) {
     read(rest);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,7 @@
 #include "contacts/vcard/KRVCardLines.h"
 #include "contacts/vcard/KRVCardNote.h"
 #include "contacts/vcard/KRVCardParser.h"
+#include "platform/KRBuffer.h"
 #include "platform/KRTextDecoding.h"
 
 class KRAddressBook;
@@ -59,6 +61,10 @@ class KRVCardReader {
 
   /// Takes the next bytes of the file.
   void feed(std::string_view bytes);
+  /// Room for at least `size` of the next bytes, so that a file is read straight to where they are looked at; valid
+  /// until the next call. `feedRoom` takes the first `count` bytes that were put there.
+  std::span<char> room(size_t size);
+  void feedRoom(size_t count);
   /// Ends the file; the next `feed` starts another one.
   void finish();
 
@@ -86,6 +92,7 @@ class KRVCardReader {
 
  private:
   void startFile(std::string_view start);
+  void runBuffer();
   /// Reads whole cards; returns how many bytes are done with.
   size_t run(std::string_view text, bool isWhole);
   const char* takeOutside(const KRVCardLine& line);
@@ -104,7 +111,7 @@ class KRVCardReader {
   KRVCardParser parser_;
 
   /// Bytes that are not read yet, and how many there must be before it is worth trying.
-  std::string buffer_;
+  KRBuffer buffer_;
   size_t block_;
   size_t enough_;
   bool isStarted_ = false;

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -250,6 +252,31 @@ TEST(KRVCardReaderFiles, TakesManyGroupsInLinearTime) {
   }
   const KRCardsRead read = krReadCards(krCard(lines));
   EXPECT_EQ(read.person(0).entryCount(KROrdinal::Phone), 30'000U);
+}
+
+TEST(KRVCardReaderFiles, ReadsWhatIsPutIntoItsRoom) {
+  std::mt19937 random(8);
+  std::string text = krRichCard("2.1") + "junk\r\n";
+  for (int i = 0; i < 20; ++i) text += krRandomCard(random);
+  text += "BEGIN:VCARD\nN:lost";
+  for (const std::string& file : {text, "\xEF\xBB\xBF" + text, std::string()}) {
+    const KRCardsRead expected = krReadCards(file);
+    for (const size_t piece : {size_t{1}, size_t{100}, size_t{5000}, file.size() + 1}) {
+      std::vector<KRRef<ABPerson>> persons;
+      KRVCardReader reader([&](KRRef<ABPerson> person) { persons.push_back(std::move(person)); }, {}, 1000);
+      for (size_t at = 0; at < file.size(); at += piece) {
+        const std::string_view bytes = std::string_view(file).substr(at, piece);
+        const std::span<char> room = reader.room(piece);
+        ASSERT_GE(room.size(), piece);
+        std::copy(bytes.begin(), bytes.end(), room.begin());
+        reader.feedRoom(bytes.size());
+      }
+      reader.finish();
+      ASSERT_EQ(persons.size(), expected.count()) << piece;
+      for (size_t i = 0; i < persons.size(); ++i) ASSERT_EQ(persons[i]->card(), expected.person(i).card()) << piece;
+      EXPECT_EQ(reader.counts().lostCards, expected.summary.lostCards);
+    }
+  }
 }
 
 }  // namespace
