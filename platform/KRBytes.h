@@ -55,7 +55,10 @@ void krForEachByte(std::string_view text, char sought, Visit visit) {
       visit(at + std::countr_zero(places) / 8);
     }
   }
-  for (; at != end; ++at) {
-    if (*at == sought) visit(at);
+  // Behind the last bytes stand zeros, which count for nothing.
+  const auto left = static_cast<size_t>(end - at);
+  const uint64_t beyond = left == 0 ? 0 : ~uint64_t{0} >> (64 - 8 * left);
+  for (uint64_t places = krZeroBytes(krLoadPart(at, left) ^ pattern) & beyond; places != 0; places &= places - 1) {
+    visit(at + std::countr_zero(places) / 8);
   }
 }

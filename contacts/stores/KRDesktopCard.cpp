@@ -21,7 +21,7 @@ constexpr std::string_view kOwnFolder = "/evolution/addressbook/";
 constexpr std::string_view kPictures = "/photos/";
 
 bool isNamed(const KRVCardLine& line, std::string_view name) {
-  return krEqualsIgnoringCase(line.name, name);
+  return krEqualsIgnoringCase(line.name(), name);
 }
 
 /// Whether the path is one of the service's own files. A card that came from a server may name any file, and would take

@@ -14,7 +14,7 @@ constexpr std::string_view kMemberUID = "X-EVOLUTION-DEST-CONTACT-UID";
 
 /// The identifier of the contact that the line names as a member, or empty.
 std::string memberOf(const KRVCardLine& line) {
-  return krEqualsIgnoringCase(line.name, "EMAIL") ? KRDesktopLine(line).parameter(kMemberUID) : std::string();
+  return krEqualsIgnoringCase(line.name(), "EMAIL") ? KRDesktopLine(line).parameter(kMemberUID) : std::string();
 }
 
 /// The text between quotes, where neither a quote nor a control character can stand.
@@ -48,7 +48,7 @@ KRDesktopList krReadDesktopList(std::string_view card) {
   KRVCardLine line;
   lines.start(card, true, 1);
   while (lines.next(line) == KRVCardLines::Result::Line) {
-    if (krEqualsIgnoringCase(line.name, "FN") && list.name.empty())
+    if (krEqualsIgnoringCase(line.name(), "FN") && list.name.empty())
       list.name = krUndoEscapes(line.value, KREscapes::Full);
     std::string member = memberOf(line);
     if (!member.empty() && known.insert(member).second) list.members.push_back(std::move(member));

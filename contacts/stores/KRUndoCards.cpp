@@ -15,11 +15,11 @@ constexpr std::string_view kUnmarked[] = {"BEGIN", "END", "VERSION", "PRODID", "
 
 bool isMarked(const KRVCardLine& line) {
   return std::none_of(std::begin(kUnmarked), std::end(kUnmarked),
-                      [&](std::string_view name) { return krEqualsIgnoringCase(line.name, name); });
+                      [&](std::string_view name) { return krEqualsIgnoringCase(line.name(), name); });
 }
 
 uint64_t markOfLine(const KRVCardLine& line) {
-  const bool isPicture = line.means(KRVCardMeaning::Photo) || krEqualsIgnoringCase(line.name, "LOGO");
+  const bool isPicture = line.means(KRVCardMeaning::Photo) || krEqualsIgnoringCase(line.name(), "LOGO");
   return isPicture ? krUndoMark(line.value) : KRDesktopLine(line).stamp();
 }
 
@@ -90,7 +90,7 @@ uint64_t KRUndoCards::markOf(std::string_view card) {
   lines.start(card, true, 1);
   while (lines.next(line) == KRVCardLines::Result::Line) {
     if (!isMarked(line)) continue;
-    uint64_t& mark = marks[inSmallLetters(line.name)];
+    uint64_t& mark = marks[inSmallLetters(line.name())];
     mark = krUndoMark(mark, markOfLine(line));
   }
   uint64_t sum = 0;

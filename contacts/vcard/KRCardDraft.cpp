@@ -33,6 +33,8 @@ void KRCardDraft::start(const char* card, const char* end) noexcept {
   decoded_.clear();
   entries_.clear();
   details_.clear();
+  counts_ = {};
+  places_.clear();
 }
 
 KRCardDraft::Place KRCardDraft::copy(std::string_view text) {
@@ -43,26 +45,18 @@ KRCardDraft::Place KRCardDraft::copy(std::string_view text) {
 }
 
 void KRCardDraft::addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place) {
+  ++counts_[entries_[entry].what];
+  ++places_[entry];
   const uint32_t mark = place.isDecoded ? kDecoded : 0U;
   details_.push_back({entry, {static_cast<uint8_t>(what), detail, label, place.offset, place.size | mark}});
 }
 
 KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
   // Entries are sorted by counting, those of one property keep their order; each leaves room for its details.
-  std::array<uint32_t, 32> starts{};
-  places_.assign(entries_.size(), 1);
-  for (const Detail& detail : details_) ++places_[detail.entry];
-  for (size_t i = 0; i < entries_.size(); ++i) starts[entries_[i].what] += places_[i];
   uint32_t before = 0;
   for (uint32_t left = present_; left != 0; left &= left - 1) {
-    before += std::exchange(starts[static_cast<size_t>(std::countr_zero(left))], before);
+    before += std::exchange(counts_[static_cast<size_t>(std::countr_zero(left))], before);
   }
-  for (size_t i = 0; i < entries_.size(); ++i) {
-    const uint32_t count = places_[i];
-    places_[i] = starts[entries_[i].what];
-    starts[entries_[i].what] += count;
-  }
-
   const auto rowCount = static_cast<uint32_t>(entries_.size() + details_.size());
   const auto rowsSize = static_cast<uint32_t>(rowCount * sizeof(KRCardRow));
   const auto decodedSize = static_cast<uint32_t>(decoded_.size());
@@ -74,9 +68,14 @@ KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
     row.size &= ~kDecoded;
     std::memcpy(bytes + at * sizeof(KRCardRow), &row, sizeof row);
   };
-  for (size_t i = 0; i < entries_.size(); ++i) write(entries_[i], places_[i]++);
+  for (size_t i = 0; i < entries_.size(); ++i) {
+    uint32_t& next = counts_[entries_[i].what];
+    const uint32_t at = std::exchange(next, next + places_[i]);
+    write(entries_[i], at);
+    places_[i] = at + 1;
+  }
   for (const Detail& detail : details_) write(detail.row, places_[detail.entry]++);
-  std::memcpy(bytes + rowsSize, decoded_.data(), decodedSize);
+  if (decodedSize != 0) std::memcpy(bytes + rowsSize, decoded_.data(), decodedSize);
   std::memcpy(bytes + rowsSize + decodedSize, card.data(), cardSize);
   return {room.slab, room.offset, rowCount, decodedSize, cardSize, present_};
 }

@@ -67,6 +67,8 @@ class KRCardDraft {
 
   Entry add(uint8_t what, const Place& place) {
     present_ |= 1U << what;
+    ++counts_[what];
+    places_.push_back(1);
     entries_.push_back({what, 0, 0, place.offset, place.size | (place.isDecoded ? kDecoded : 0U)});
     return static_cast<Entry>(entries_.size() - 1);
   }
@@ -103,5 +105,7 @@ class KRCardDraft {
   std::string decoded_;
   std::vector<KRCardRow> entries_;
   std::vector<Detail> details_;
+  /// How many rows there are of each number, details included, and how many an entry takes with its own.
+  std::array<uint32_t, 32> counts_{};
   std::vector<uint32_t> places_;
 };

@@ -133,7 +133,7 @@ std::string KRVCardGroupRewriter::card(const ABPerson& group, KRVCardVersion ver
   KRVCardLine line;
   lines.start(written, true, 1);
   while (lines.next(line) == KRVCardLines::Result::Line) {
-    if (isOfGroup(line.name)) continue;
+    if (isOfGroup(line.name())) continue;
     if (line.isEnd()) {
       writer.append(kindLine(version), card);
       for (const KRVCardNewLine& member : memberLines(KRVCardGroup::read(group.card()).members, version))

@@ -27,37 +27,56 @@ KRVCardHead readHead(std::string_view text) {
   return head;
 }
 
+/// By whole words, of which the last may begin in the one before it.
+uint64_t hashOf(std::string_view head) noexcept {
+  constexpr uint64_t kOdd = 0x9e3779b97f4a7c15U;
+  const size_t size = head.size();
+  uint64_t hash = size;
+  if (size < 8) {
+    hash = (hash ^ krLoadPart(head.data(), size)) * kOdd;
+  } else {
+    for (size_t at = 0; at + 8 < size; at += 8) hash = (hash ^ krLoadWord(head.data() + at)) * kOdd;
+    hash = (hash ^ krLoadWord(head.data() + size - 8)) * kOdd;
+  }
+  return hash;
+}
+
 }  // namespace
 
-bool KRVCardHeads::isSame(const Known* known, const std::array<uint64_t, kWords>& words, size_t size) noexcept {
+bool KRVCardHeads::isSame(const Known* known, std::string_view head) noexcept {
+  const size_t size = head.size();
   if (known == nullptr || known->size != size) return false;
-  for (size_t i = 0; i * sizeof(uint64_t) < size; ++i) {
-    if (known->words[i] != words[i]) return false;
+  const char* const one = known->text.data();
+  const char* const other = head.data();
+  if (size < 8) return krLoadPart(one, size) == krLoadPart(other, size);
+  for (size_t at = 0; at + 8 < size; at += 8) {
+    if (krLoadWord(one + at) != krLoadWord(other + at)) return false;
   }
-  return true;
+  return krLoadWord(one + size - 8) == krLoadWord(other + size - 8);
 }
 
 const KRVCardHead& KRVCardHeads::find(std::string_view head) {
   const size_t size = head.size();
   if (size > kLongest) return other_ = readHead(head);
-  std::array<uint64_t, kWords> words;
-  uint64_t hash = size;
-  for (size_t i = 0; i * sizeof(uint64_t) < size; ++i) {
-    words[i] = krLoadPart(head.data() + i * sizeof(uint64_t), size - i * sizeof(uint64_t));
-    hash = (hash ^ words[i]) * 0x9e3779b97f4a7c15U;
-    hash ^= hash >> 32U;
-  }
-  const size_t slot = hash % kSlots;
+  // In its highest bits every byte counts.
+  constexpr unsigned kSlotBits = 9;
+  static_assert(kSlots == size_t{1} << kSlotBits);
+  const size_t slot = hashOf(head) >> (64U - kSlotBits);
+  const Known* const first = slots_[slot].get();
+  if (isSame(first, head)) return first->head;
+  const Known* const second = slots_[slot ^ 1U].get();
+  if (isSame(second, head)) return second->head;
+  return keep(head, slot);
+}
+
+const KRVCardHead& KRVCardHeads::keep(std::string_view head, size_t slot) {
   std::unique_ptr<Known>& first = slots_[slot];
-  std::unique_ptr<Known>& second = slots_[slot ^ 1U];
-  if (isSame(first.get(), words, size)) return first->head;
-  if (isSame(second.get(), words, size)) return second->head;
   // The one that came before makes room and stays beside it; of three the oldest goes.
   KRVCardHead made = readHead(head);
-  if (first != nullptr) std::swap(first, second);
+  if (first != nullptr) std::swap(first, slots_[slot ^ 1U]);
   if (first == nullptr) first = std::make_unique<Known>();
-  std::copy_n(words.begin(), (size + sizeof(uint64_t) - 1) / sizeof(uint64_t), first->words.begin());
-  first->size = size;
+  std::copy(head.begin(), head.end(), first->text.begin());
+  first->size = head.size();
   first->head = std::move(made);
   return first->head;
 }

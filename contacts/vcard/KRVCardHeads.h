@@ -38,16 +38,16 @@ class KRVCardHeads {
 
  private:
   static constexpr size_t kSlots = 512;
-  static constexpr size_t kWords = 16;
-  static constexpr size_t kLongest = kWords * sizeof(uint64_t);
+  static constexpr size_t kLongest = 128;
 
   struct Known {
-    std::array<uint64_t, kWords> words{};
+    std::array<char, kLongest> text;
     size_t size = 0;
     KRVCardHead head;
   };
 
-  static bool isSame(const Known* known, const std::array<uint64_t, kWords>& words, size_t size) noexcept;
+  static bool isSame(const Known* known, std::string_view head) noexcept;
+  const KRVCardHead& keep(std::string_view head, size_t slot);
 
   /// Each head stands in its slot or in the one beside it.
   std::array<std::unique_ptr<Known>, kSlots> slots_;

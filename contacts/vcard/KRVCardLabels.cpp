@@ -25,7 +25,7 @@ void KRVCardLabels::add(Entry entry, KROrdinal ordinal, const KRVCardLine& line,
   const KRVCardParameters& parameters = *line.parameters;
   draft.row(entry).label = parameters.label;
   if (!parameters.labelText.isEmpty()) texts_.push_back({entry, draft.place(parameters.labelText.view())});
-  if (!line.group.empty()) grouped_.push_back({draft.place(line.group), entry});
+  if (line.hasGroup()) grouped_.push_back({draft.place(line.group()), entry});
   if (parameters.preference == 0) return;
   Main& main = main_[static_cast<size_t>(ordinal)];
   const uint32_t bit = 1U << static_cast<unsigned>(ordinal);

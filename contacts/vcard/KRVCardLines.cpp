@@ -74,8 +74,7 @@ bool KRVCardLines::isReturnALineEnd(const char* after) const noexcept {
          (name.size() > 2 && krEqualsIgnoringCase(name.substr(0, 2), "X-"));
 }
 
-inline KRVCardLines::Piece KRVCardLines::pieceAt(const char* begin) {
-  const KRVCardScan scan = krScanLine(begin, end_);
+inline KRVCardLines::Piece KRVCardLines::pieceOf(const char* begin, const KRVCardScan& scan) {
   const bool isReturn = end_ - scan.end > 1 && scan.end[0] == '\r';
   const char* const feed = isReturn ? scan.end + 1 : scan.end;
   if (feed == end_ || *feed != '\n') return pieceWithReturns(begin, scan);
@@ -130,11 +129,10 @@ inline void KRVCardLines::readHead(std::string_view text, const char* colon, KRV
     colon = begin + findColon(text, text.find_first_of(":;"));
   }
   const KRVCardHead& head = heads_.find(colon == nullptr ? std::string_view() : between(begin, colon));
-  line.group = head.group.of(begin);
-  line.name = head.name.of(begin);
+  line.head = &head;
+  line.headText = begin;
   line.property = head.property;
   line.parameters = &head.parameters;
-  line.parameterText = head.parameterText.of(begin);
   line.value = between(colon == nullptr ? begin : colon + 1, begin + text.size());
 }
 
@@ -143,10 +141,31 @@ void KRVCardLines::readJoinedHead(KRVCardLine& line) {
   readHead(joined_, colon == std::string::npos ? nullptr : joined_.data() + colon, line);
 }
 
+/// Takes what nearly every line is: one that ends in a line feed, with a carriage return before it or without, and does
+/// not go on in the next, of which the text has some. Anything else is left to a closer look.
+inline bool KRVCardLines::takePlain(const KRVCardScan& scan, KRVCardLine& line) {
+  const char* const begin = position_;
+  if (end_ - scan.end < 3 || scan.end == begin) return false;
+  const char* const feed = *scan.end == '\r' ? scan.end + 1 : scan.end;
+  const char* const behind = feed + 1;
+  if (*feed != '\n' || *behind == ' ' || *behind == '\t') return false;
+  flags_ = scan.flags;
+  readHead(between(begin, scan.end), scan.colon, line);
+  if (line.parameters->encoding != KRVCardParameters::None) return false;
+  line.bytes = between(begin, behind);
+  line.raw = line.value;
+  line.number = number_++;
+  endedWithReturn_ = false;
+  position_ = behind;
+  return true;
+}
+
 KRVCardLines::Result KRVCardLines::next(KRVCardLine& line) {
   while (true) {
     if (position_ == end_) return isWhole_ ? Result::AtEnd : Result::NeedsMore;
-    Piece piece = pieceAt(position_);
+    const KRVCardScan scan = krScanLine(position_, end_);
+    if (takePlain(scan, line)) return Result::Line;
+    const Piece piece = pieceOf(position_, scan);
     if (piece.isCut || isOpen(piece.next)) return Result::NeedsMore;
     if (piece.begin == piece.end) {
       position_ = piece.next;

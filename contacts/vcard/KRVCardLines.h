@@ -12,12 +12,10 @@
 /// One logical line of a vCard: folds and soft line breaks undone, values as they are written otherwise. Views into the
 /// text that was scanned or, for a line of several, into the scanner; valid until the next line is taken.
 struct KRVCardLine {
-  std::string_view group;
-  /// Empty for a line without a colon, which then stands in `value` whole.
-  std::string_view name;
+  /// What stands before the colon, told apart, and where it stands.
+  const KRVCardHead* head = nullptr;
+  const char* headText = nullptr;
   const KRVCardParameters* parameters = nullptr;
-  /// The same as they are written, from their first ";" to the colon.
-  std::string_view parameterText;
   /// What the name means.
   const KRVCardProperty* property = nullptr;
   /// What the line holds anywhere (`KRVCardScan::Flag`).
@@ -29,6 +27,14 @@ struct KRVCardLine {
   std::string_view raw;
   /// Number of its first line, from 1.
   size_t number = 0;
+
+  std::string_view group() const noexcept { return head->group.of(headText); }
+  bool hasGroup() const noexcept { return head->group.size != 0; }
+  /// Empty for a line without a colon, which then stands in `value` whole.
+  std::string_view name() const noexcept { return head->name.of(headText); }
+  bool hasName() const noexcept { return head->name.size != 0; }
+  /// The parameters as they are written, from their first ";" to the colon.
+  std::string_view parameterText() const noexcept { return head->parameterText.of(headText); }
 
   bool means(KRVCardMeaning meaning) const noexcept { return property->meaning == meaning; }
   /// Whether this is "BEGIN:VCARD", respectively "END:VCARD", in any case.
@@ -74,12 +80,14 @@ class KRVCardLines {
     bool endedWithReturn;
   };
 
-  Piece pieceAt(const char* begin);
+  Piece pieceAt(const char* begin) { return pieceOf(begin, krScanLine(begin, end_)); }
+  Piece pieceOf(const char* begin, const KRVCardScan& scan);
   Piece pieceWithReturns(const char* begin, KRVCardScan scan);
   bool isReturnALineEnd(const char* after) const noexcept;
   bool isFold(const char* next) const noexcept { return next < end_ && (*next == ' ' || *next == '\t'); }
   /// Whether the text after a line end is not there yet.
   bool isOpen(const char* next) const noexcept { return next == end_ && !isWhole_; }
+  bool takePlain(const KRVCardScan& scan, KRVCardLine& line);
   void readHead(std::string_view text, const char* colon, KRVCardLine& line);
   void readJoinedHead(KRVCardLine& line);
   Result takeFolded(Piece first, KRVCardLine& line);

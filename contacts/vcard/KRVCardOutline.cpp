@@ -119,7 +119,7 @@ KRVCardOutline::KRVCardOutline(std::string_view card) : card_(card) {
     const bool isFrame = lines_.empty() ? line.isBegin() : line.isEnd();
     if (isFrame && line.isEnd()) endOffset_ = static_cast<size_t>(line.bytes.data() - card.data());
     add(line, card);
-    if (isFrame || line.name.empty()) continue;
+    if (isFrame || !line.hasName()) continue;
     const size_t before = parser.draft().entryCount();
     parser.take(line);
     for (size_t i = before; i < parser.draft().entryCount(); ++i) {
@@ -144,9 +144,9 @@ void KRVCardOutline::add(const KRVCardLine& line, std::string_view card) {
   copy.size = line.bytes.size();
   copy.meaning = line.property->meaning;
   copy.ordinal = line.property->ordinal;
-  copy.group = line.group;
-  copy.name = line.name;
-  copy.parameters = line.parameterText;
+  copy.group = line.group();
+  copy.name = line.name();
+  copy.parameters = line.parameterText();
   copy.encoding = line.parameters->encoding;
   copy.value = copy.encoding == KRVCardParameters::Base64 ? line.raw : line.value;
   copy.charset = line.parameters->charset;

@@ -23,7 +23,7 @@ void KRVCardParser::start(const char* card, const char* end) {
 void KRVCardParser::take(const KRVCardLine& line) {
   line_ = &line;
   values_.setLine(line);
-  if (line.name.empty()) {
+  if (!line.hasName()) {
     pass(KRVCardReason::NoColon);
     return;
   }
@@ -298,7 +298,7 @@ void KRVCardParser::takeKind() {
 }
 
 void KRVCardParser::takeGiven(bool isLabel) {
-  if (line_->group.empty()) return;
+  if (!line_->hasGroup()) return;
   Place value = decode(line_->value);
   const std::string_view text = draft_.text(value);
   if (isLabel) {
@@ -307,9 +307,9 @@ void KRVCardParser::takeGiven(bool isLabel) {
   }
   if (value.isEmpty()) return;
   if (isLabel) {
-    labels_.giveLabel(line_->group, value, draft_);
+    labels_.giveLabel(line_->group(), value, draft_);
   } else {
-    labels_.giveCountryCode(line_->group, value, draft_);
+    labels_.giveCountryCode(line_->group(), value, draft_);
   }
 }
 

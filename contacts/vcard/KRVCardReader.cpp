@@ -196,7 +196,7 @@ void KRVCardReader::endCard(const char* end) {
 
 const char* KRVCardReader::takeOutside(const KRVCardLine& line) {
   if (line.isBegin()) return line.bytes.data();
-  if (line.name.empty() && krTrimmedBlanks(line.value).empty()) return nullptr;
+  if (!line.hasName() && krTrimmedBlanks(line.value).empty()) return nullptr;
   const size_t place = findBegin(withoutLineEnd(line.bytes));
   if (place != std::string_view::npos) return line.bytes.data() + place;
   if (!isInJunk_) note(KRVCardReason::Junk, line.number, false);

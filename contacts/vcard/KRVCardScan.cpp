@@ -33,6 +33,11 @@ KRVCardScan scanBytes(const char* begin, const char* end) noexcept {
 
 #if defined(__x86_64__)
 
+/// What a special byte is.
+inline KRVCardScan::Flag flagOf(char byte) noexcept {
+  return byte == '\\' ? KRVCardScan::Backslash : byte == '\x1B' ? KRVCardScan::Escape : KRVCardScan::Quote;
+}
+
 /// What a block of bytes holds: a bit for each byte, the first the lowest.
 struct Found {
   uint32_t ends;
@@ -51,8 +56,7 @@ inline bool take(const char* at, const Found& found, KRVCardScan& scan) noexcept
   if (((found.high | found.special) & before) != 0) {
     if ((found.high & before) != 0) scan.flags |= KRVCardScan::High;
     for (uint32_t special = found.special & before; special != 0; special &= special - 1) {
-      const char byte = at[std::countr_zero(special)];
-      scan.flags |= byte == '\\' ? KRVCardScan::Backslash : byte == '\x1B' ? KRVCardScan::Escape : KRVCardScan::Quote;
+      scan.flags |= flagOf(at[std::countr_zero(special)]);
     }
   }
   if (found.ends == 0) return false;
@@ -83,17 +87,32 @@ KRVCardScan scanBy16(const char* begin, const char* end) noexcept {
 }
 
 [[gnu::target("avx2")]] KRVCardScan scanBy32(const char* begin, const char* end) noexcept {
-  KRVCardScan scan{end, nullptr, 0};
-  const char* at = begin;
-  for (; end - at >= 32; at += 32) {
+  // Line ends and special bytes differ in their low halves. Each stands in the table at the place of its own, so that a
+  // byte is one of them when it is what the table has at the place of its low half; the other places hold what no byte
+  // of that low half is.
+  const __m128i row = _mm_setr_epi8(1, 0, '"', 0, 0, 0, 0, 0, 0, 0, '\n', '\x1B', '\\', '\r', 0, 0);
+  const __m256i table = _mm256_broadcastsi128_si256(row);
+  const char* colon = nullptr;
+  uint8_t flags = 0;
+  for (const char* at = begin;; at += 32) {
+    if (end - at < 32) return scanRest(at, end, {end, colon, flags});
     const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
-    const __m256i special =
-        _mm256_or_si256(_mm256_or_si256(equal(bytes, '\\'), equal(bytes, '\x1B')), equal(bytes, '"'));
-    const Found found{bits(_mm256_or_si256(equal(bytes, '\n'), equal(bytes, '\r'))), bits(equal(bytes, ':')),
-                      bits(bytes), bits(special)};
-    if (take(at, found, scan)) return scan;
+    // The bits of the bytes before the line end, all of them when there is none.
+    uint32_t before = ~0U;
+    uint32_t places = bits(_mm256_cmpeq_epi8(bytes, _mm256_shuffle_epi8(table, bytes)));
+    for (; places != 0; places &= places - 1) {
+      const char byte = at[std::countr_zero(places)];
+      if (byte == '\n' || byte == '\r') {
+        before = (places & (0U - places)) - 1U;
+        break;
+      }
+      flags |= flagOf(byte);
+    }
+    const uint32_t colons = bits(equal(bytes, ':')) & before;
+    if (colon == nullptr && colons != 0) colon = at + std::countr_zero(colons);
+    if ((bits(bytes) & before) != 0) flags |= KRVCardScan::High;
+    if (places != 0) return {at + std::countr_zero(places), colon, flags};
   }
-  return scanRest(at, end, scan);
 }
 
 constexpr std::array<KRVCardScanner, 3> kScanners = {scanBytes, scanBy16, scanBy32};

@@ -15,8 +15,8 @@ std::vector<std::string> linesOf(std::string_view text, bool returnsEndLines = t
   std::vector<std::string> shown;
   KRVCardLine line;
   while (lines.next(line) == KRVCardLines::Result::Line) {
-    std::string text = line.group.empty() ? "" : std::string(line.group) + ".";
-    if (!line.name.empty()) text += std::string(line.name) + "|";
+    std::string text = line.hasGroup() ? std::string(line.group()) + "." : "";
+    if (line.hasName()) text += std::string(line.name()) + "|";
     shown.push_back(text + std::string(line.value) + "@" + std::to_string(line.number));
   }
   return shown;
@@ -60,7 +60,7 @@ TEST(KRVCardLines, KeepBase64WithOrWithoutIndent) {
   ASSERT_EQ(lines.next(line), KRVCardLines::Result::Line);
   EXPECT_EQ(line.raw, "\r\nQUJD\r\n REVG");
   ASSERT_EQ(lines.next(line), KRVCardLines::Result::Line);
-  EXPECT_EQ(line.name, "FN");
+  EXPECT_EQ(line.name(), "FN");
   EXPECT_EQ(line.number, 5U);
 }
 
