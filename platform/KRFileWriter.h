@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -53,6 +54,7 @@ class KRFileWriter {
   KRFileWriter(KRText path, std::string target, const Options& options);
   int openTemporary();
   int finish();
+  void carry();
 
   std::string path_;
   std::string target_;
@@ -61,4 +63,7 @@ class KRFileWriter {
   /// Null once it is closed.
   std::unique_ptr<KRDescriptor> descriptor_;
   int failed_ = 0;
+  /// How many bytes were written, and how many of them the system was asked to carry to the disk.
+  uint64_t written_ = 0;
+  uint64_t carried_ = 0;
 };

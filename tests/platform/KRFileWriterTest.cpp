@@ -145,4 +145,18 @@ TEST_F(KRFileWriterTest, AFileWithoutWritePermissionMayNotBeReplaced) {
   }
 }
 
+TEST_F(KRFileWriterTest, WritesManyMegabytesWhole) {
+  // More than is carried to the disk at a time, in pieces that do not divide it.
+  std::string expected;
+  auto writer = KRFileWriter::open(asPath(folder_.at("file")));
+  ASSERT_TRUE(writer);
+  for (int i = 0; i < 21; ++i) {
+    const std::string piece(1'000'003, static_cast<char>('a' + i));
+    ASSERT_TRUE(writer->append(piece));
+    expected += piece;
+  }
+  ASSERT_TRUE(writer->commit());
+  EXPECT_TRUE(folder_.content("file") == expected);
+}
+
 }  // namespace
