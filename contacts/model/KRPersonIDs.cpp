@@ -1,23 +1,44 @@
 #include "contacts/model/KRPersonIDs.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdio>
 #include <random>
 #include <string>
+#include <typeinfo>
 
 #include "contacts/model/ABPerson.h"
+#include "platform/KRPrefetch.h"
 
 namespace {
 
 /// The record, or null for a host's own kind of person, whose identifier is its own affair.
 const ABPerson* asRecord(const IKRPerson& person) {
+  // Nearly every person is one, which is sooner told so.
+  if (typeid(person) == typeid(ABPerson)) return static_cast<const ABPerson*>(&person);
   return dynamic_cast<const ABPerson*>(&person);
 }
 
 uint64_t hashOf(KRText text) {
   const uint64_t hash = text.hash();
   return hash == 0 ? 1 : hash;
+}
+
+/// Which holder of the identifier `base`, whose hash is given, the next one is, from 1. `insert` takes a hash and tells
+/// whether it was free.
+template <class Insert>
+uint32_t suffixOf(const KRString& base, uint64_t hash, std::unordered_map<uint64_t, uint32_t>& lastSuffix,
+                  const Insert& insert) {
+  if (insert(hash)) return 1;
+  // Where many share one identifier, the search goes on where the last one ended.
+  uint32_t& last = lastSuffix[hash];
+  std::string tried;
+  do {
+    last = std::max(last + 1, 2U);
+    tried.assign(base.view()).append("-").append(std::to_string(last));
+  } while (!insert(hashOf(KRText(std::string_view(tried)))));
+  return last;
 }
 
 std::atomic<uint32_t> lastSerial{0};
@@ -44,6 +65,7 @@ KRPersonIDs::KRPersonIDs() : serial_(++lastSerial) {}
 
 void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* asking) {
   const std::lock_guard guard(lock_);
+  const auto insertOne = [this](uint64_t hash) { return insert(hash); };
   // New persons stand at the end: those from the last assigned one on are new.
   size_t first = persons.count();
   while (first > 0) {
@@ -51,7 +73,33 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
     if (record != nullptr && record->isIDAssigned()) break;
     --first;
   }
-  for (size_t i = first; i < persons.count(); ++i) assignOne(*persons.at(i));
+  // Persons and their places in the table lie scattered: some are asked for ahead.
+  constexpr size_t kAtOnce = 64;
+  constexpr size_t kAhead = 8;
+  const size_t count = persons.count();
+  while ((count_ + count - first) * 2 > used_.size()) grow();
+  std::array<KRString, kAtOnce> bases;
+  std::array<uint64_t, kAtOnce> hashes{};
+  for (; first < count; first += kAtOnce) {
+    const size_t size = std::min(count - first, kAtOnce);
+    for (size_t i = 0; i < size; ++i) {
+      if (first + i + kAhead < count) persons.at(first + i + kAhead)->prefetch();
+      const ABPerson* record = asRecord(*persons.at(first + i));
+      if (record == nullptr) continue;
+      bases[i] = record->baseID();
+      hashes[i] = hashOf(bases[i]);
+      krPrefetchToWrite(&used_[hashes[i] & (used_.size() - 1)]);
+    }
+    for (size_t i = 0; i < size; ++i) {
+      const IKRPerson& person = *persons.at(first + i);
+      const ABPerson* record = asRecord(person);
+      if (record == nullptr) {
+        insert(hashOf(person.ID()));
+      } else {
+        record->setIDSuffix(suffixOf(bases[i], hashes[i], lastSuffix_, insertOne), serial_);
+      }
+    }
+  }
   if (asking == nullptr || asking->isIDAssigned()) return;
   // A person that came back with its identifier hides those that came before it.
   for (const IKRPerson& person : persons) {
@@ -68,17 +116,8 @@ void KRPersonIDs::assignOne(const IKRPerson& person) {
     return;
   }
   const KRString base = record->baseID();
-  uint32_t suffix = 1;
-  if (!insert(hashOf(base))) {
-    // Where many share one identifier, the search goes on where the last one ended.
-    uint32_t& last = lastSuffix_[hashOf(base)];
-    std::string tried;
-    do {
-      suffix = last = std::max(last + 1, 2U);
-      tried.assign(base.view()).append("-").append(std::to_string(suffix));
-    } while (!insert(hashOf(KRText(std::string_view(tried)))));
-  }
-  record->setIDSuffix(suffix, serial_);
+  const auto insertOne = [this](uint64_t hash) { return insert(hash); };
+  record->setIDSuffix(suffixOf(base, hashOf(base), lastSuffix_, insertOne), serial_);
 }
 
 bool KRPersonIDs::insert(uint64_t hash) {

@@ -1,11 +1,11 @@
 #include "contacts/vcard/KRVCardIdentity.h"
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 
-#include "contacts/vcard/KRVCardScan.h"
 #include "platform/KRBytes.h"
 
 namespace {
@@ -25,11 +25,7 @@ class Unfolded {
     const char* at = card.data();
     const char* const end = at + card.size();
     while (at != end) {
-      const char* const lineEnd = krScanLine(at, end).end;
-      const auto size = static_cast<size_t>(lineEnd - at);
-      std::memcpy(to, at, size);
-      to += size;
-      at = lineEnd;
+      copyLine(at, end, to);
       while (at != end && *at == '\r') ++at;
       if (at != end && *at == '\n') ++at;
       if (at != end && (*at == ' ' || *at == '\t')) {
@@ -50,6 +46,26 @@ class Unfolded {
   uint64_t wordAt(size_t at) const noexcept { return krLoadWord(text_ + at); }
 
  private:
+  /// Copies all before the next line end and leaves `at` there, or at the end. May write zeros or more of the text
+  /// behind what it copies, within the room.
+  static void copyLine(const char*& at, const char* end, char*& to) noexcept {
+    constexpr uint64_t kBlanks = krWordOf(' ');
+    constexpr uint64_t kHigh = krWordOf('\x80');
+    while (end - at >= 8) {
+      const uint64_t word = krLoadWord(at);
+      std::memcpy(to, &word, sizeof word);
+      // Line ends are below the blank. The lowest bit that is set is right; those above it may not be.
+      const uint64_t controls = (word - kBlanks) & ~word & kHigh;
+      const int count = controls == 0 ? 8 : std::countr_zero(controls) / 8;
+      at += count;
+      to += count;
+      if (controls == 0) continue;
+      if (*at == '\n' || *at == '\r') return;
+      *to++ = *at++;
+    }
+    while (at != end && *at != '\n' && *at != '\r') *to++ = *at++;
+  }
+
   std::array<char, 2048> near_;
   std::unique_ptr<char[]> far_;
   char* text_ = near_.data();

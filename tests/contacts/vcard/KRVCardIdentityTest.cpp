@@ -45,3 +45,22 @@ TEST(KRVCardIdentity, OfLongCardsIsFixedToo) {
   EXPECT_EQ(identity(2011), "402cea6c3e8691376f84773fe2db697b");
   EXPECT_EQ(identity(70000), "d60a56dec04d06678c81044063cbce1f");
 }
+
+TEST(KRVCardIdentity, DoesNotDependOnWhereLinesAreFolded) {
+  // Control characters that end no line, wherever they stand in a word, are text like any other.
+  std::string line = "NOTE:";
+  for (int i = 0; i < 40; ++i) line += i % 3 == 0 ? "\x01\t" : i % 3 == 1 ? "\x1F\xC3\xA9" : "a b";
+  const KRString expected = krCardIdentity(line + "\nEND:VCARD");
+  for (size_t width = 1; width < 60; ++width) {
+    std::string folded;
+    for (size_t at = 0; at < line.size(); at += width) {
+      folded += (at == 0 ? "" : width % 2 == 0 ? "\r\n " : "\n\t") + line.substr(at, width);
+    }
+    ASSERT_EQ(krCardIdentity(folded + "\r\nEND:VCARD\r\n"), expected) << width;
+  }
+  for (size_t at = 5; at < line.size(); ++at) {
+    std::string other = line;
+    other[at] = static_cast<char>(other[at] ^ 1);
+    ASSERT_NE(krCardIdentity(other + "\nEND:VCARD"), expected) << at;
+  }
+}
