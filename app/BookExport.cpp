@@ -18,6 +18,9 @@ namespace {
 
 using Members = std::unordered_map<const KRGroup*, KRStringList>;
 
+/// How many contacts before it is written a contact is asked for in memory.
+constexpr size_t kAhead = 8;
+
 /// Whether the card is the contact as it stands, under the identifier that it has in the book.
 bool holdsAll(const ABPerson& person) {
   return !person.card().empty() && !person.isChanged() && person.isIDOfCard() && krIsWellFormed(person.card());
@@ -43,8 +46,10 @@ BookExport::Result BookExport::write(KRAddressBook& book, const PersonFilter& fi
   const size_t count = book.allPersonsCount();
   size_t done = 0;
   std::string card;
-  for (const IKRPerson& person : book.allPersons()) {
+  const KRPersonList& persons = book.allPersons();
+  for (const IKRPerson& person : persons) {
     progress(krPercent(done++, count));
+    if (done + kAhead < count) persons.at(done + kAhead)->prefetch();
     if (!filter.matches(person)) continue;
     ++result.persons;
     for (const KRRef<KRGroup>& group : person.parentGroups()) members[group.get()].push_back(person.ID());

@@ -28,6 +28,7 @@ bool isEastAsian(KRText text) {
   const std::string_view bytes = text.view();
   for (size_t position = 0; position < bytes.size();) {
     const char32_t point = krNextCodePoint(bytes, position);
+    if (point < kEastAsian[0].first) return false;
     const bool known = std::any_of(std::begin(kEastAsian), std::end(kEastAsian),
                                    [&](const Range& range) { return point >= range.first && point <= range.last; });
     if (!known) return false;

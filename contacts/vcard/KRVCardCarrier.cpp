@@ -34,6 +34,7 @@ bool isBlank(std::string_view text) noexcept {
 /// Line feeds written as "\n", or the other way round.
 std::string withEscapedBreaks(std::string_view text) {
   std::string result;
+  if (text.find('\n') == std::string_view::npos) return result.assign(text);
   for (const char c : text) {
     if (c == '\n') {
       result += "\\n";
@@ -199,8 +200,8 @@ KRVCardRemainder KRVCardCarrier::remainder(uint8_t what, size_t index, size_t sh
   const Line* line = outline_.lineOf(what, index);
   if (line == nullptr) return {};
   KRVCardRemainder remainder;
-  remainder.parameters = krPartParameters(line->parameters).others;
-  if (version_ != V::V40) {
+  if (!line->parameters.empty()) remainder.parameters = krPartParameters(line->parameters).others;
+  if (version_ != V::V40 && !remainder.parameters.empty()) {
     // What came with version 4.0 means nothing before.
     std::string kept;
     for (const std::string_view each : krSplitParameters(remainder.parameters)) {

@@ -1,9 +1,23 @@
 #include "contacts/vcard/KRVCardEscapes.h"
 
+#include <array>
+
 namespace {
 
 bool isLetterOrDigit(char c) noexcept {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+/// How many bytes from the start are none that anything is done about, in any version.
+size_t untouchedPrefix(std::string_view text) noexcept {
+  constexpr auto kTouched = [] {
+    std::array<bool, 256> touched{};
+    for (const unsigned char c : {'\r', '\n', '\x1B', '\\', ';', ','}) touched[c] = true;
+    return touched;
+  }();
+  size_t size = 0;
+  while (size < text.size() && !kTouched[static_cast<unsigned char>(text[size])]) ++size;
+  return size;
 }
 
 /// The text with line feeds for all line breaks and without what no card holds.
@@ -24,7 +38,10 @@ std::string plain(std::string_view text) {
 std::string escaped(std::string_view text, std::string_view marked, bool breaks) {
   std::string result;
   result.reserve(text.size() + 8);
-  for (const char c : plain(text)) {
+  const size_t untouched = untouchedPrefix(text);
+  result.append(text.substr(0, untouched));
+  if (untouched == text.size()) return result;
+  for (const char c : plain(text.substr(untouched))) {
     if (breaks && c == '\n') {
       result += "\\n";
       continue;

@@ -29,7 +29,8 @@ bool continuesCharacter(char c) noexcept {
 
 size_t findEnd(std::string_view text, size_t from) noexcept {
   for (size_t i = from; i + kEnd.size() <= text.size(); ++i) {
-    if (krEqualsIgnoringCase(text.substr(i, kEnd.size()), kEnd)) return i;
+    const bool mayBegin = text[i] == 'E' || text[i] == 'e';
+    if (mayBegin && krEqualsIgnoringCase(text.substr(i, kEnd.size()), kEnd)) return i;
   }
   return std::string_view::npos;
 }
