@@ -16,10 +16,10 @@ KRValue KRPreferenceChanges::Entry::appliedTo(const KRValue& now) const {
 }
 
 void KRPreferenceChanges::set(KRText key, const KRValue& value) {
-  const KRValue copy = krCopyThroughPlist(value);
+  KRValue copy = krCopyThroughPlist(value);
   if (key.isNothing() || copy.isNothing() != value.isNothing()) return;
   Entry& entry = entryOf(key);
-  entry.steps.assign(1, [copy](const KRValue&) { return copy; });
+  entry.steps.assign(1, [copy = std::move(copy)](const KRValue&) { return copy; });
   entry.isWhole = true;
 }
 
