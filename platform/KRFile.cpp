@@ -185,9 +185,23 @@ KRResult<void> KRFile::createFolders(KRText path, bool isPrivate) {
   return {};
 }
 
+KRResult<void> KRFile::move(KRText path, KRText to) {
+  const auto name = systemPath(path);
+  const auto place = systemPath(to);
+  if (!name || !place) return noPath("write");
+  if (const int failed = krFaultAt(Step::Move)) return systemError(failed, "write", to);
+  if (rename(name->c_str(), place->c_str()) == 0) return {};
+  if (errno != EXDEV) return systemError(errno, "write", to);
+  const KRResult<KRBuffer> content = read(path);
+  if (!content) return content.error();
+  if (KRResult<void> written = write(to, content->view()); !written) return written;
+  return remove(path);
+}
+
 KRResult<void> KRFile::remove(KRText path) {
   const auto name = systemPath(path);
   if (!name) return noPath("remove");
+  if (const int failed = krFaultAt(Step::Remove)) return systemError(failed, "remove", path);
   if (unlink(name->c_str()) == 0 || errno == ENOENT) return {};
   return systemError(errno, "remove", path);
 }
@@ -206,9 +220,13 @@ KRResult<void> KRFile::keep(KRText path, KRText at) {
   const auto name = systemPath(path);
   const auto place = systemPath(at);
   if (!name || !place) return noPath("keep");
-  if (linkat(AT_FDCWD, name->c_str(), AT_FDCWD, place->c_str(), AT_SYMLINK_FOLLOW) == 0) return {};
-  const bool isOnOneDiskOnly = errno == EXDEV || errno == EPERM || errno == EMLINK || errno == ENOTSUP;
-  if (!isOnOneDiskOnly) return systemError(errno, "keep", path);
+  struct stat status = {};
+  if (stat(name->c_str(), &status) != 0) return systemError(errno, "keep", path);
+  if (status.st_nlink == 1) {
+    if (linkat(AT_FDCWD, name->c_str(), AT_FDCWD, place->c_str(), AT_SYMLINK_FOLLOW) == 0) return {};
+    const bool isOnOneDiskOnly = errno == EXDEV || errno == EPERM || errno == EMLINK || errno == ENOTSUP;
+    if (!isOnOneDiskOnly) return systemError(errno, "keep", path);
+  }
   const KRResult<KRBuffer> content = read(path);
   if (!content) return content.error();
   WriteOptions options;

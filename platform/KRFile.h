@@ -40,14 +40,19 @@ class KRFile {
 
   /// Puts the bytes where `path` is, or leaves what was there whole: a temporary file beside it, flush, rename, flush
   /// of the folder. A file that is replaced keeps its mode; a link stays a link, and the file that it leads to is
-  /// replaced. Only the flush of the folder can fail after the rename; then the new file stands and may be lost with
-  /// the power. The folder must exist. `NotFound` (no folder), `IsFolder`, `NotAllowed`, `NoSpace` or `Failed`.
+  /// replaced. Only the flush of the folder can fail after the rename; then what was there is put back, or, where the
+  /// file system cannot change two files for one another, the new file stands and may be lost with the power. The
+  /// folder must exist. `NotFound` (no folder), `IsFolder`, `NotAllowed`, `NoSpace` or `Failed`.
   static KRResult<void> write(KRText path, std::string_view bytes, const WriteOptions& options);
   static KRResult<void> write(KRText path, std::string_view bytes) { return write(path, bytes, WriteOptions()); }
 
   /// Makes the folder and those above it that are missing; new ones are for their owner only (mode 0700) when private.
   /// Success when it is there already. `NotFolder` when something on the way is not a folder.
   static KRResult<void> createFolders(KRText path, bool isPrivate = false);
+
+  /// Gives a file another path, in the place of what is there, all at once; on another disk it is copied there, as
+  /// `write` does. Nothing else is flushed. The errors of files.
+  static KRResult<void> move(KRText path, KRText to);
 
   /// Removes a file; success when it is not there. Not a folder: `IsFolder`.
   static KRResult<void> remove(KRText path);
@@ -58,19 +63,21 @@ class KRFile {
   static KRResult<KRString> setAside(KRText path, KRText why);
 
   /// Keeps what a file holds now at another path, where nothing may be: as a second name of the same file, which costs
-  /// no room, or as a copy for its owner only where the file system gives no second name. Whoever replaces the file
-  /// afterwards, as `write` does, leaves what is kept alone; whoever writes into it changes both. A link is followed.
+  /// no room, or as a copy for its owner only where the file system gives no second name, and where the file has
+  /// further names already: who writes into it by one of those would change what is kept. Whoever replaces the file
+  /// afterwards, as `write` does, leaves what is kept alone. A link is followed.
   /// Not safe from a loss of power before the folder is flushed. `NotFound` and the other errors of files.
   static KRResult<void> keep(KRText path, KRText at);
 
   /// Makes sure that files which were moved into the folder or out of it stay so when the power fails.
   static KRResult<void> flushFolder(KRText path);
 
-  /// The steps at which writing can fail, in their order. Writing is repeated for every piece.
-  enum class Step : uint8_t { CreateTemporary, WritePiece, FlushTemporary, Rename, FlushFolder };
+  /// The steps at which writing can fail, in their order, writing being repeated for every piece; and those of moving
+  /// and removing.
+  enum class Step : uint8_t { CreateTemporary, WritePiece, FlushTemporary, Rename, FlushFolder, Move, Remove };
 
-  /// For tests of what keeps files: called before each step of every `write` of this process; the step then fails with
-  /// the system's error number that it returns, or is done when that is 0. Nothing ends this.
+  /// For tests of what keeps files: called before each step of every `write`, `move` and `remove` of this process; the
+  /// step then fails with the system's error number that it returns, or is done when that is 0. Nothing ends this.
   static void setFault(std::function<int(Step)> fault);
 
   /// The error for one of the system's error numbers, for other sources of the platform that ask the system themselves:

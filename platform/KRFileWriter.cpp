@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -153,7 +154,23 @@ int KRFileWriter::finish() {
   descriptor_ = nullptr;
   if (closed != 0) return closed;
   if (const int failed = krFaultAt(KRFile::Step::Rename)) return failed;
+  return place();
+}
+
+int KRFileWriter::place() {
+  if (options_.isFlushed) {
+    if (renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE) == 0) {
+      before_ = Before::Kept;
+      return 0;
+    }
+    if (errno == ENOENT) before_ = Before::Missing;
+  }
   return rename(temporary_.c_str(), target_.c_str()) == 0 ? 0 : errno;
+}
+
+void KRFileWriter::takeBack() const {
+  if (before_ == Before::Kept) rename(temporary_.c_str(), target_.c_str());
+  if (before_ == Before::Missing) unlink(target_.c_str());
 }
 
 KRResult<void> KRFileWriter::commit() {
@@ -164,8 +181,11 @@ KRResult<void> KRFileWriter::commit() {
     return KRFile::systemError(failed, "write", path);
   }
   if (!options_.isFlushed) return {};
-  if (const KRResult<void> flushed = KRFile::flushFolder(KRText(std::string_view(folderOf(target_)))); !flushed)
+  if (const KRResult<void> flushed = KRFile::flushFolder(KRText(std::string_view(folderOf(target_)))); !flushed) {
+    takeBack();
     return flushed.error();
+  }
+  if (before_ == Before::Kept) unlink(temporary_.c_str());
   return {};
 }
 

@@ -37,8 +37,8 @@ class KRFileWriter {
 
   /// Bytes behind those before. After a failure the file cannot be committed.
   KRResult<void> append(std::string_view bytes);
-  /// Puts the file in its place. Only the flush of the folder can fail after that; then the new file stands and may be
-  /// lost with the power.
+  /// Puts the file in its place. When the flush of the folder fails after that, what was there is put back; where the
+  /// file system cannot change two files for one another, the new file stands then and may be lost with the power.
   KRResult<void> commit();
 
   /// Makes sure that all that was written into the folder, and everything else on its disk, outlives a loss of power.
@@ -55,11 +55,15 @@ class KRFileWriter {
   int openTemporary();
   int finish();
   void carry();
+  int place();
+  void takeBack() const;
 
   std::string path_;
   std::string target_;
   Options options_;
   std::string temporary_;
+  /// What the target was before it was placed: nothing, or the file that is the temporary one since.
+  enum class Before : uint8_t { Unknown, Missing, Kept } before_ = Before::Unknown;
   /// Null once it is closed.
   std::unique_ptr<KRDescriptor> descriptor_;
   int failed_ = 0;

@@ -156,11 +156,43 @@ TEST_F(KRFileTest, AFaultBeforeTheRenameLeavesTheOldFileAloneAndNothingBesideIt)
   }
 }
 
-TEST_F(KRFileTest, AFaultAfterTheRenameIsToldAndTheNewFileStands) {
+TEST_F(KRFileTest, AFaultAfterTheRenamePutsTheOldFileBack) {
   put("file", "old");
+  struct stat before = {};
+  ASSERT_EQ(stat(at("file").c_str(), &before), 0);
   KRFile::setFault([](KRFile::Step step) { return step == KRFile::Step::FlushFolder ? EIO : 0; });
   EXPECT_EQ(KRFile::write(asPath(at("file")), "new").error().code, KRErrorCode::Failed);
+  EXPECT_EQ(contentOf(at("file")), "old");
+  struct stat after = {};
+  ASSERT_EQ(stat(at("file").c_str(), &after), 0);
+  EXPECT_EQ(after.st_ino, before.st_ino);
+  EXPECT_EQ(KRFile::write(asPath(at("other")), "new").error().code, KRErrorCode::Failed);
+  EXPECT_EQ(entries(), 1U);
+}
+
+TEST_F(KRFileTest, MovesOnToWhatIsThere) {
+  put("a", "one");
+  put("b", "two");
+  EXPECT_TRUE(KRFile::move(asPath(at("a")), asPath(at("b"))));
+  EXPECT_EQ(contentOf(at("b")), "one");
+  EXPECT_EQ(entries(), 1U);
+  EXPECT_EQ(KRFile::move(asPath(at("a")), asPath(at("b"))).error().code, KRErrorCode::NotFound);
+  EXPECT_EQ(KRFile::move(asPath(at("b")), asPath(at("none/b"))).error().code, KRErrorCode::NotFound);
+  EXPECT_EQ(contentOf(at("b")), "one");
+}
+
+TEST_F(KRFileTest, WhatIsKeptOfAFileWithFurtherNamesIsItsOwn) {
+  put("file", "old");
+  EXPECT_TRUE(KRFile::keep(asPath(at("file")), asPath(at("kept"))));
+  struct stat status = {};
+  ASSERT_EQ(stat(at("kept").c_str(), &status), 0);
+  EXPECT_EQ(status.st_nlink, 2U);
+  ASSERT_EQ(unlink(at("kept").c_str()), 0);
+  ASSERT_EQ(link(at("file").c_str(), at("further").c_str()), 0);
+  EXPECT_TRUE(KRFile::keep(asPath(at("file")), asPath(at("kept"))));
+  std::ofstream(at("further")) << "new";
   EXPECT_EQ(contentOf(at("file")), "new");
+  EXPECT_EQ(contentOf(at("kept")), "old");
 }
 
 TEST_F(KRFileTest, AProcessThatDiesAtAnyStepLeavesOldOrNewWhole) {
