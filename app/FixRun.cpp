@@ -4,8 +4,11 @@
 
 #include "app/BookOpener.h"
 #include "app/ScanRun.h"
+#include "app/Unsaved.h"
 #include "app/Unusable.h"
 #include "app/UserBooks.h"
+#include "contacts/undo/KRUndoRecorder.h"
+#include "contacts/undo/KRUndoTurn.h"
 #include "issues/KRIssueConfig.h"
 #include "issues/KRIssueContext.h"
 #include "issues/KRIssueManager.h"
@@ -116,11 +119,13 @@ bool FixRun::hasChanges() const {
 
 void FixRun::save() {
   terminal_.progress().show("Saving");
+  const KRUndoTurn turn;
+  const int64_t written = KRUndoRecorder::count();
   if (trash_.allPersonsCount() != trashedBefore_) trash_.save();
   if (book_->hasChanges()) book_->save();
   // The scope takes out of the trash again what a book keeps that could not be written.
   if (const KRResult<void> saved = scope_.commit(); !saved) {
-    throw Unusable("nothing is fixed: " + saved.error().sentence);
+    throw Unusable(notSaved("nothing is fixed", written, saved.error()));
   }
   trashedBefore_ = trash_.allPersonsCount();
   if (!settings_->hasChanges()) return terminal_.progress().clear();

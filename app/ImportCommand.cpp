@@ -13,10 +13,13 @@
 #include "app/PersonText.h"
 #include "app/Table.h"
 #include "app/TablePreview.h"
+#include "app/Unsaved.h"
 #include "app/Unusable.h"
 #include "app/UserBooks.h"
 #include "contacts/KRTrashAddressBook.h"
 #include "contacts/model/KRSaveScope.h"
+#include "contacts/undo/KRUndoRecorder.h"
+#include "contacts/undo/KRUndoTurn.h"
 #include "platform/KRFile.h"
 
 namespace {
@@ -109,8 +112,10 @@ int ImportCommand::run(Terminal& terminal) {
     if (counts.updated > 0) saveTrash(terminal);
     if (counts.changesBook()) book->save();
     terminal.progress().show("Saving");
+    const KRUndoTurn turn;
+    const int64_t written = KRUndoRecorder::count();
     if (const KRResult<void> saved = scope.commit(); !saved) {
-      throw Unusable("nothing is imported: " + saved.error().sentence);
+      throw Unusable(notSaved("nothing is imported", written, saved.error()));
     }
     if (chosen_) tables_.save(*chosen_);
   }

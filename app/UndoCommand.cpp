@@ -5,12 +5,14 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <optional>
 #include <string>
 
 #include "app/DisplayText.h"
 #include "app/JsonWriter.h"
 #include "app/Unusable.h"
 #include "contacts/undo/KRUndoRecorder.h"
+#include "contacts/undo/KRUndoTurn.h"
 
 namespace {
 
@@ -40,13 +42,19 @@ void writeRun(JsonWriter& json, const KRUndoRecords::Run& run) {
   json.key("number");
   json.whole(static_cast<size_t>(run.number));
   json.key("time");
-  json.text(formatted(run.time, false, "%Y-%m-%dT%H:%M:%SZ"));
+  if (run.damage.isNothing()) {
+    json.text(formatted(run.time, false, "%Y-%m-%dT%H:%M:%SZ"));
+  } else {
+    json.textOrNull(KRString());
+  }
   json.key("title");
   json.textOrNull(run.title);
   json.key("isUndo");
   json.truth(run.isUndo);
   json.key("bytes");
   json.whole(run.bytes);
+  json.key("damage");
+  json.textOrNull(run.damage);
 }
 
 }  // namespace
@@ -67,7 +75,7 @@ int UndoCommand::run(Terminal& terminal) {
   if (!known) throw Unusable(known.error().sentence);
   std::vector<Run> runs;
   for (const Run& each : *known) {
-    if (!each.parts.empty()) runs.push_back(each);
+    if (!each.parts.empty() || !each.damage.isNothing()) runs.push_back(each);
   }
   if (list_) {
     list(terminal, runs);
@@ -114,17 +122,30 @@ void UndoCommand::list(Terminal& terminal, const std::vector<Run>& runs) const {
   const size_t digits = runs.empty() ? 0 : std::to_string(runs.front().number).size();
   for (const Run& run : runs) {
     const std::string number = std::to_string(run.number);
-    terminal.paragraph(std::string(digits - number.size(), ' ') + number + "  " + shownTime(run) + "  " + titleOf(run),
-                       Style::Plain, 0, digits + 2);
+    std::string line = std::string(digits - number.size(), ' ') + number + "  ";
+    if (run.damage.isNothing()) {
+      line.append(shownTime(run)).append("  ").append(titleOf(run));
+    } else {
+      line.append("damaged: ").append(shownText(run.damage.view()));
+    }
+    terminal.paragraph(line, Style::Plain, 0, digits + 2);
   }
 }
 
 void UndoCommand::undo(Terminal& terminal, const Run& run) const {
+  if (!run.damage.isNothing()) {
+    std::string sentence = "nothing is undone of run " + std::to_string(run.number);
+    sentence.append(": the undo record is damaged: ").append(shownText(run.damage.view()));
+    throw Unusable(sentence.append("; \"krcontacts undo --list\" shows the other runs"));
+  }
+  const std::string called = "run " + std::to_string(run.number) + " (" + titleOf(run) + ")";
+  // Before the turn: one of two that are asked at once waits for the other, and would then put back what that one did.
   const KRResult<KRFileLock> held = KRUndoRecords::hold(run);
-  if (!held) throw Unusable(held.error().sentence);
+  if (!held) throw Unusable("nothing is undone of " + called + ": " + held.error().sentence);
+  std::optional<KRUndoTurn> turn;
+  if (!dryRun_) turn.emplace();
   // An undo that is undone is the run done again.
   KRUndoRecorder::setTitle(run.title, !run.isUndo);
-  const std::string called = "run " + std::to_string(run.number) + " (" + titleOf(run) + ")";
   const KRResult<Targets> checked = KRUndo::check(run);
   if (!checked) throw Unusable("nothing is undone of " + called + ": " + checked.error().sentence);
   if (!dryRun_ && hasWritten(*checked)) {

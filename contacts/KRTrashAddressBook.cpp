@@ -183,7 +183,19 @@ KRResult<void> KRTrashAddressBook::merge(const KRString& path, Persons& persons)
   }
 }
 
-KRResult<void> KRTrashAddressBook::write(Persons persons) {
+KRResult<void> KRTrashAddressBook::put(const KRString& path, std::string_view bytes, Persons persons) {
+  KRFile::WriteOptions options;
+  options.isPrivate = true;
+  KRResult<KRUndoNote> note = KRUndoRecorder::recordFile(path, bytes, folderOf(path));
+  if (!note) return note.error();
+  if (KRResult<void> written = KRFile::write(path, bytes, options); !written) return written;
+  note->keep();
+  stamp_ = KRFileStamp::of(path);
+  inFile_ = std::move(persons);
+  return {};
+}
+
+KRResult<size_t> KRTrashAddressBook::write(Persons persons) {
   const KRString path = savePath();
   if (path.isNothing()) return KRError{KRErrorCode::InvalidArgument, "there is no folder to keep the trash in"};
   // Held until the new file stands, so that nothing is lost of what another program writes meanwhile. Without a folder
@@ -191,24 +203,28 @@ KRResult<void> KRTrashAddressBook::write(Persons persons) {
   const KRResult<KRFileLock> lock = KRFileLock::hold(folderOf(path));
   KRFileWriter::removeLeftovers(path);
   const std::optional<KRFileStamp> now = KRFileStamp::of(path);
+  size_t before = now ? inFile_.size() : 0;
   if (now && (!reading_ || now != stamp_)) {
-    if (KRResult<void> merged = merge(path, persons); !merged) return merged;
+    if (KRResult<void> merged = merge(path, persons); !merged) return merged.error();
+    before = theirs_.size();
   }
   auto list = krMake<KRValueList>();
   list->values().reserve(persons.size());
   for (const auto& person : persons) list->values().emplace_back(person);
-  KRFile::WriteOptions options;
-  options.isPrivate = true;
-  const std::string archive = KRKeyedArchiver::archivedData(list);
-  KRResult<KRUndoNote> note = KRUndoRecorder::recordFile(path, archive, folderOf(path));
-  if (!note) return note.error();
-  if (KRResult<void> written = KRFile::write(path, archive, options); !written) return written;
-  note->keep();
-  stamp_ = KRFileStamp::of(path);
+  if (KRResult<void> done = put(path, KRKeyedArchiver::archivedData(list), std::move(persons)); !done)
+    return done.error();
   isFileNew_ = !now;
-  inFile_ = std::move(persons);
   reading_ = {};
-  return {};
+  return before;
+}
+
+KRResult<void> KRTrashAddressBook::putBack(Persons persons) {
+  const KRString path = savePath();
+  const KRResult<KRFileLock> lock = KRFileLock::hold(folderOf(path));
+  if (KRFileStamp::of(path) != stamp_) return KRError{KRErrorCode::Changed, "the trash was changed meanwhile"};
+  const KRResult<KRBuffer> bytes = KRUndoRecorder::contentBefore(path, writesBefore_);
+  if (!bytes) return bytes.error();
+  return put(path, bytes->view(), std::move(persons));
 }
 
 KRResult<void> KRTrashAddressBook::removeFile() {
@@ -229,7 +245,10 @@ KRResult<void> KRTrashAddressBook::saveNow() {
   std::unordered_set<const IKRPerson*> before;
   for (const auto& person : inFile_) before.insert(person.get());
   theirs_.clear();
-  if (KRResult<void> written = write(mine); !written) return written;
+  writesBefore_ = KRUndoRecorder::count();
+  const KRResult<size_t> written = write(mine);
+  if (!written) return written.error();
+  countBefore_ = *written;
   lastAdded_.clear();
   for (const auto& person : mine) {
     if (before.count(person.get()) == 0) lastAdded_.push_back(person);
@@ -260,6 +279,8 @@ bool KRTrashAddressBook::takeBack(KRAddressBook& book) {
   }
   // Without what is taken out everything is as it was before, also when there was no file.
   if (rest.empty() && isFileNew_) return removeFile().isOk();
+  // Another form of the same persons would be a change that nobody made.
+  if (rest.size() == countBefore_ && putBack(rest)) return true;
   return write(std::move(rest)).isOk();
 }
 

@@ -106,8 +106,12 @@ class KRTrashAddressBook : public KRAddressBook {
   KRResult<void> read();
   /// Joins the list with what the file holds now; a damaged file is set aside.
   KRResult<void> merge(const KRString& path, Persons& persons);
-  /// Writes the list, joined with the file's where others wrote since.
-  KRResult<void> write(Persons persons);
+  /// Writes the list, joined with the file's where others wrote since. How many persons the file held before.
+  KRResult<size_t> write(Persons persons);
+  /// Makes these bytes the file, which has these persons. The lock of the folder is held.
+  KRResult<void> put(const KRString& path, std::string_view bytes, Persons persons);
+  /// Makes the file byte for byte what it was before the last save; `NotFound` when that is not known.
+  KRResult<void> putBack(Persons persons);
   /// Removes the file, when nobody has written it since.
   KRResult<void> removeFile();
 
@@ -117,6 +121,9 @@ class KRTrashAddressBook : public KRAddressBook {
   bool isFileNew_ = false;
   /// The persons in it then.
   Persons inFile_;
+  /// How many there were before the last save, and how many writes were taken note of then.
+  size_t countBefore_ = 0;
+  int64_t writesBefore_ = 0;
   /// Those of them that the last save put there.
   Persons lastAdded_;
   /// What others had put there when this process last wrote it; only while it saves.

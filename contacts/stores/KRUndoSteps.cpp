@@ -9,7 +9,6 @@
 #include "contacts/stores/KRSQLite.h"
 #include "contacts/stores/KRSQLiteJournal.h"
 #include "contacts/stores/KRSQLiteSchema.h"
-#include "contacts/stores/KRVCardFolderStore.h"
 #include "contacts/undo/KRUndoMark.h"
 #include "contacts/undo/KRUndoRecorder.h"
 #include "platform/KRFile.h"
@@ -52,21 +51,16 @@ class FilesStep : public KRUndoStep {
     const std::string place = isFolder ? content_.folder : content_.files.empty() ? "" : content_.files.front().path;
     target.kind = isFolder ? "folder"_kr : "file"_kr;
     target.place = KRString(place);
-    uint64_t touched = 0;
     back_.clear();
     for (size_t i = 0; i < content_.files.size(); ++i) {
       const KRUndoFiles::File& file = content_.files[i];
       const KRResult<Mark> now = stateOf(content_.pathOf(file), states);
       if (!now) return now.error();
-      touched += partOf(file, *now);
       if (*now == file.after) {
         back_.push_back(i);
       } else if (!(*now == file.before)) {
         return changed(content_.pathOf(file));
       }
-    }
-    if (isFolder) {
-      if (KRResult<void> same = checkRest(touched, states); !same) return same.error();
     }
     for (const size_t i : back_) {
       if (KRResult<void> whole = checkKept(i); !whole) return whole.error();
@@ -109,10 +103,6 @@ class FilesStep : public KRUndoStep {
   std::string pathOf(size_t i) const { return content_.pathOf(content_.files[i]); }
   std::string keptAt(size_t i) const { return run_.at(part_, std::to_string(i)); }
 
-  static uint64_t partOf(const KRUndoFiles::File& file, const Mark& content) {
-    return content ? krUndoMark(krUndoMark(file.path), *content) : 0;
-  }
-
   static KRResult<Mark> stateOf(const std::string& path, KRUndoStates& states) {
     if (const auto known = states.find(path); known != states.end()) return known->second;
     KRResult<Mark> now = markOfFile(path);
@@ -120,26 +110,11 @@ class FilesStep : public KRUndoStep {
     return now;
   }
 
-  /// That the folder's other files are as they were.
-  KRResult<void> checkRest(uint64_t touched, KRUndoStates& states) {
-    const std::string key = content_.folder + "/";
-    if (states.find(key) == states.end()) {
-      const KRResult<uint64_t> all = KRVCardFolderStore::markOf(text(content_.folder));
-      if (!all) return all.error();
-      states[key] = *all;
-    }
-    uint64_t& all = *states[key];
-    if (all - touched != content_.rest) return changed(content_.folder);
-    for (const size_t i : back_) {
-      all += partOf(content_.files[i], content_.files[i].before) - partOf(content_.files[i], content_.files[i].after);
-    }
-    return {};
-  }
-
   KRResult<void> checkKept(size_t i) const {
     if (!content_.files[i].before) return {};
     const KRResult<Mark> kept = markOfFile(keptAt(i));
     if (!kept) return kept.error();
+    if (!*kept) return damaged(keptAt(i) + " is missing");
     if (!(*kept == content_.files[i].before)) return damaged(keptAt(i));
     return {};
   }
@@ -156,7 +131,7 @@ class FilesStep : public KRUndoStep {
       files.push_back(std::move(wanted));
     }
     if (content_.folder.empty()) return KRUndoRecorder::recordRemoval(text(pathOf(0)), text(content_.lockedAt));
-    return KRUndoRecorder::recordFiles(text(content_.folder), content_.rest, files);
+    return KRUndoRecorder::recordFiles(text(content_.folder), files);
   }
 
   KRResult<void> putBack(size_t i, const KRBuffer& kept) const {

@@ -6,8 +6,6 @@
 #include <system_error>
 
 #include "contacts/stores/KRVCardGroups.h"
-#include "contacts/stores/KRVCardStaging.h"
-#include "contacts/undo/KRUndoMark.h"
 #include "contacts/undo/KRUndoRecorder.h"
 #include "platform/KRASCII.h"
 #include "platform/KRFile.h"
@@ -58,23 +56,6 @@ KRResult<std::vector<std::string>> KRVCardFolderStore::namesIn(KRText folder) {
   if (failed) return KRFile::systemError(failed.value(), "read the folder", folder);
   std::sort(names.begin(), names.end());
   return names;
-}
-
-uint64_t KRVCardFolderStore::markOf(std::string_view name, uint64_t content) noexcept {
-  return krUndoMark(krUndoMark(name), content);
-}
-
-KRResult<uint64_t> KRVCardFolderStore::markOf(KRText folder) {
-  const KRResult<std::vector<std::string>> all = namesIn(folder);
-  if (!all) return all.error();
-  uint64_t sum = 0;
-  for (const std::string& name : *all) {
-    const std::string path = std::string(folder.view()) + "/" + name;
-    const KRResult<KRBuffer> bytes = KRFile::read(text(path));
-    if (!bytes) return bytes.error();
-    sum += markOf(name, krContentMark(bytes->view()));
-  }
-  return sum;
 }
 
 KRResult<size_t> KRVCardFolderStore::count() {
@@ -265,27 +246,21 @@ KRResult<void> KRVCardFolderStore::write(KRStoreChanges& changes) {
 
 KRResult<KRUndoNote> KRVCardFolderStore::recordUndo(const std::vector<Step>& steps) const {
   if (!KRUndoRecorder::isOpen()) return KRUndoNote();
-  uint64_t rest = 0;
-  for (const File& file : files_) rest += file.mark == 0 ? 0 : markOf(file.name, file.mark);
   std::vector<KRUndoRecorder::File> files;
   for (const Step& step : steps) {
     if (!step.isWritten() && !step.isRemoved()) continue;
-    const File& file = files_[step.file];
-    if (file.mark != 0) rest -= markOf(file.name, file.mark);
-    const bool wasThere = !step.before.cards().empty();
-    if (!wasThere && step.isRemoved()) continue;
-    KRUndoRecorder::File each = {pathOf(file.name), {}, {}};
-    if (wasThere) each.before = step.before.bytes();
+    if (!step.wasThere() && step.isRemoved()) continue;
+    KRUndoRecorder::File each = {pathOf(files_[step.file].name), {}, {}};
+    if (step.wasThere()) each.before = step.before.bytes();
     if (!step.isRemoved()) each.after = step.content.bytes();
     files.push_back(std::move(each));
   }
   if (files.empty()) return KRUndoNote();
-  return KRUndoRecorder::recordFiles(path_, rest, files);
+  return KRUndoRecorder::recordFiles(path_, files);
 }
 
 KRResult<void> KRVCardFolderStore::checkReplaced(const Step& step) const {
-  const bool isThere = !step.before.cards().empty();
-  if (!isThere || (!step.isRemoved() && !step.isWritten())) return {};
+  if (!step.wasThere() || (!step.isRemoved() && !step.isWritten())) return {};
   return KRFileWriter::mayReplace(text(pathOf(files_[step.file].name)));
 }
 
@@ -303,33 +278,75 @@ KRResult<void> KRVCardFolderStore::finish(std::vector<Step>& steps) {
   if (KRResult<void> flushed = staging.flush(); !flushed) return flushed;
   KRResult<KRUndoNote> note = recordUndo(steps);
   if (!note) return note.error();
+  // After the record, which would copy a file that has several names.
   for (size_t i = 0; i < steps.size(); ++i) {
-    if (KRResult<void> done = finish(steps[i], staging.at(i)); !done) return done;
-    steps[i].edition.markDone();
+    if (steps[i].wasThere()) staging.keep(i, pathOf(files_[steps[i].file].name));
   }
+  for (size_t i = 0; i < steps.size(); ++i) {
+    if (KRResult<void> done = finish(steps[i], staging.at(i)); !done)
+      return takeBack(steps, i, staging, *note, done.error());
+  }
+  if (KRResult<void> flushed = KRFile::flushFolder(path_); !flushed)
+    return takeBack(steps, steps.size(), staging, *note, flushed.error());
+  for (Step& step : steps) step.edition.markDone();
   note->keep();
-  return KRFile::flushFolder(path_);
+  return {};
 }
 
-KRResult<void> KRVCardFolderStore::finish(Step& step, const std::string& staged) {
+KRResult<void> KRVCardFolderStore::finish(const Step& step, const std::string& staged) {
   File& file = files_[step.file];
   const std::string path = pathOf(file.name);
   if (step.isRemoved()) {
+    if (KRResult<void> removed = KRFile::remove(text(path)); !removed) return removed;
     file.groups.clear();
     file.mark = 0;
-    return KRFile::remove(text(path));
+    return {};
   }
   if (!step.isWritten()) return {};
   // A link stays a link, also one that leads to another disk.
   std::error_code failed;
   const fs::path target = fs::weakly_canonical(path, failed);
-  if (!failed) fs::rename(staged, target, failed);
-  if (failed == std::errc::cross_device_link) {
-    if (KRResult<void> written = KRFile::write(text(path), step.content.bytes()); !written) return written;
-  } else if (failed) {
-    return KRFile::systemError(failed.value(), "write", text(path));
-  }
+  if (failed) return KRFile::systemError(failed.value(), "write", text(path));
+  if (KRResult<void> moved = KRFile::move(text(staged), text(target.string())); !moved) return moved;
   file.mark = krContentMark(step.content.bytes());
   file.groups = krGroupsOf(step.content);
   return {};
+}
+
+KRResult<void> KRVCardFolderStore::takeBack(const Step& step, size_t index, const KRVCardStaging& staging) {
+  if (!step.isRemoved() && !step.isWritten()) return {};
+  File& file = files_[step.file];
+  const std::string path = pathOf(file.name);
+  if (!step.wasThere()) {
+    if (KRResult<void> removed = KRFile::remove(text(path)); !removed) return removed;
+    file.groups.clear();
+    file.mark = 0;
+    return {};
+  }
+  std::error_code failed;
+  const fs::path target = fs::weakly_canonical(path, failed);
+  KRResult<void> back = staging.putBack(index, failed ? path : target.string());
+  if (!back) back = KRFile::write(text(path), step.before.bytes());
+  if (!back) return back;
+  file.mark = krContentMark(step.before.bytes());
+  file.groups = krGroupsOf(step.before);
+  return {};
+}
+
+KRError KRVCardFolderStore::takeBack(std::vector<Step>& steps, size_t done, const KRVCardStaging& staging,
+                                     KRUndoNote& note, const KRError& cause) {
+  size_t left = 0;
+  for (size_t i = done; i-- > 0;) {
+    if (takeBack(steps[i], i, staging)) continue;
+    steps[i].edition.markDone();
+    ++left;
+  }
+  static_cast<void>(KRFile::flushFolder(path_));
+  if (left == 0) {
+    note.drop();
+    return cause;
+  }
+  note.keep();
+  return {cause.code, cause.sentence + "; " + std::to_string(left) + " of the " + std::to_string(done) +
+                          " files that were written before could not be put back"};
 }

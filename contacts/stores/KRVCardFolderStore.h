@@ -10,6 +10,7 @@
 #include "contacts/stores/KRStoreConflicts.h"
 #include "contacts/stores/KRVCardEdition.h"
 #include "contacts/stores/KRVCardGroupEdition.h"
+#include "contacts/stores/KRVCardStaging.h"
 #include "contacts/stores/KRVCardStore.h"
 #include "contacts/undo/KRUndoRecorder.h"
 
@@ -19,8 +20,9 @@
 ///
 /// A save writes the files of changed contacts only. New contacts get files named after their identifiers; the file of
 /// a removed one is removed. All new content is written beside first, in a hidden folder, so that a full disk leaves
-/// everything as it was, and then moved in place file by file: new contacts, then changed ones, then removals. A move
-/// that fails ends the save there: the contacts before it are saved, the others are not.
+/// everything as it was, and then moved in place file by file: new contacts, then changed ones, then removals. When one
+/// of these fails, those before it are taken back, so that the folder is as it was; where even that fails, the sentence
+/// says so, the contacts of the files that stay are saved and the others are not.
 ///
 /// A contact's place is the number of its file. Groups are cards as well: `KRVCardGroupEdition`; a new one gets a file
 /// of its own. Those of files that another program changed since are not written to.
@@ -32,9 +34,6 @@ class KRVCardFolderStore : public KRVCardStore {
   KRResult<size_t> count() override;
   KRResult<KRStoreContent> read() override;
   KRResult<void> write(KRStoreChanges& changes) override;
-
-  /// The sum of `krUndoMark(krUndoMark(name), krUndoMark(content))` over all files of contacts in a folder.
-  static KRResult<uint64_t> markOf(KRText folder);
 
  private:
   struct File {
@@ -53,6 +52,7 @@ class KRVCardFolderStore : public KRVCardStore {
 
     bool isRemoved() const noexcept { return content.cards().empty(); }
     bool isWritten() const noexcept { return !isRemoved() && content.bytes() != before.bytes(); }
+    bool wasThere() const noexcept { return !before.cards().empty(); }
   };
   using UIDs = std::unordered_map<const IKRPerson*, KRString>;
 
@@ -60,8 +60,6 @@ class KRVCardFolderStore : public KRVCardStore {
   KRError error(const KRError& cause, std::string_view name) const;
   /// The names of the files of contacts, in their order.
   static KRResult<std::vector<std::string>> namesIn(KRText folder);
-  /// The part of one file in the mark of all.
-  static uint64_t markOf(std::string_view name, uint64_t content) noexcept;
   KRResult<KRUndoNote> recordUndo(const std::vector<Step>& steps) const;
   std::vector<Step> stepsOf(KRStoreChanges& changes) const;
   KRResult<void> edit(Step& step, const KRStoreChanges& changes, const UIDs& names, KRStoreConflicts& conflicts) const;
@@ -77,7 +75,11 @@ class KRVCardFolderStore : public KRVCardStore {
   /// Refuses what is to happen to a file that is read-only.
   KRResult<void> checkReplaced(const Step& step) const;
   KRResult<void> finish(std::vector<Step>& steps);
-  KRResult<void> finish(Step& step, const std::string& staged);
+  KRResult<void> finish(const Step& step, const std::string& staged);
+  KRResult<void> takeBack(const Step& step, size_t index, const KRVCardStaging& staging);
+  /// Takes back as many of the first steps, which are done; `cause` is why, which becomes the error.
+  KRError takeBack(std::vector<Step>& steps, size_t done, const KRVCardStaging& staging, KRUndoNote& note,
+                   const KRError& cause);
 
   /// Files keep their numbers, also when one is removed.
   std::vector<File> files_;

@@ -1,6 +1,7 @@
 #include "contacts/stores/KRVCardStaging.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -42,11 +43,15 @@ KRVCardStaging::~KRVCardStaging() {
   fs::remove_all(path_, ignored);
 }
 
+KRResult<void> KRVCardStaging::make() {
+  if (isMade_) return {};
+  KRResult<void> made = KRFile::createFolders(text(path_), true);
+  isMade_ = made.isOk();
+  return made;
+}
+
 KRResult<void> KRVCardStaging::put(size_t index, std::string_view bytes, const std::string& target) {
-  if (!isMade_) {
-    if (KRResult<void> made = KRFile::createFolders(text(path_), true); !made) return made;
-  }
-  isMade_ = true;
+  if (KRResult<void> made = make(); !made) return made;
   KRFileWriter::Options options;
   options.isFlushed = isFlushedEach_;
   KRResult<KRFileWriter> writer = KRFileWriter::open(text(at(index)), options);
@@ -57,6 +62,15 @@ KRResult<void> KRVCardStaging::put(size_t index, std::string_view bytes, const s
   const fs::file_status status = fs::status(target, none);
   if (fs::exists(status)) fs::permissions(at(index), status.permissions(), none);
   return {};
+}
+
+void KRVCardStaging::keep(size_t index, const std::string& target) {
+  if (!make()) return;
+  static_cast<void>(linkat(AT_FDCWD, target.c_str(), AT_FDCWD, keptAt(index).c_str(), AT_SYMLINK_FOLLOW));
+}
+
+KRResult<void> KRVCardStaging::putBack(size_t index, const std::string& target) const {
+  return KRFile::move(text(keptAt(index)), text(target));
 }
 
 KRResult<void> KRVCardStaging::flush() {

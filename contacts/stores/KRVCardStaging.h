@@ -21,10 +21,18 @@ class KRVCardStaging {
   std::string at(size_t index) const { return path_ + "/" + std::to_string(index); }
   /// Writes the bytes into it, with the mode of the file that they will replace.
   KRResult<void> put(size_t index, std::string_view bytes, const std::string& target);
+  /// Gives the file at the target a second name in here, so that `putBack` needs no room. Not on file systems without
+  /// second names.
+  void keep(size_t index, const std::string& target);
+  /// Puts back what was kept; `NotFound` when nothing was.
+  KRResult<void> putBack(size_t index, const std::string& target) const;
   /// Makes sure that all of them outlive a loss of power. Nothing is moved in place before.
   KRResult<void> flush();
 
  private:
+  KRResult<void> make();
+  std::string keptAt(size_t index) const { return at(index) + ".old"; }
+
   const std::string path_;
   /// Whether they go to the disk one by one: thousands go there together in one thousandth of the time, a few are not
   /// worth waiting for everything else that the disk has to write.

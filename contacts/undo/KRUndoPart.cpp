@@ -37,6 +37,8 @@ KRValue valueOf(std::string_view plist) {
 KRResult<KRUndoPart> KRUndoPart::read(const KRUndoRecords::Run& run, int64_t number) {
   const std::string path = run.at(number, "part");
   const KRResult<KRBuffer> bytes = KRFile::read(std::string_view(path));
+  if (!bytes && bytes.error().code == KRErrorCode::NotFound)
+    return KRError{KRErrorCode::Damaged, "the undo record is damaged: " + path + " is missing"};
   if (!bytes) return bytes.error();
   KRUndoReader fields(bytes->view());
   KRUndoPart part;
@@ -58,7 +60,7 @@ KRResult<void> KRUndoPart::write(const KRUndoRecords::Run& run) const {
 
 std::string KRUndoFiles::fields() const {
   KRUndoWriter fields;
-  fields.addBytes(folder).addBytes(lockedAt).addMark(rest).add(static_cast<int64_t>(files.size()));
+  fields.addBytes(folder).addBytes(lockedAt).add(static_cast<int64_t>(files.size()));
   for (const File& file : files) {
     fields.addBytes(file.path).add(file.mode);
     add(fields, file.before);
@@ -72,7 +74,6 @@ std::optional<KRUndoFiles> KRUndoFiles::read(std::string_view bytes) {
   KRUndoFiles content;
   content.folder = fields.bytes();
   content.lockedAt = fields.bytes();
-  content.rest = fields.mark();
   const int64_t count = fields.number();
   for (int64_t i = 0; i < count && fields.isOk(); ++i) {
     File file;

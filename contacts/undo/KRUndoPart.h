@@ -44,8 +44,6 @@ struct KRUndoFiles {
   /// Empty for a file that stands for itself.
   std::string folder{};
   std::string lockedAt{};
-  /// The mark of the folder's other files.
-  uint64_t rest = 0;
   /// What is kept of the file at index i is in the record's file of that number.
   std::vector<File> files{};
 

@@ -52,6 +52,10 @@ KRUndoNote::~KRUndoNote() {
   recorder_->takeBack(part_);
 }
 
+void KRUndoNote::drop() {
+  if (KRUndoRecorder* recorder = std::exchange(recorder_, nullptr)) recorder->takeBack(part_);
+}
+
 void KRUndoNote::keep(KRText kind, const std::string& fields, std::vector<KRUndoChange> changes) {
   if (recorder_ != nullptr) recorder_->rewrite(part_, kind, fields, std::move(changes));
   keep();
@@ -69,19 +73,20 @@ KRUndoRecorder::~KRUndoRecorder() {
   if (!openRecorder.compare_exchange_strong(self, nullptr)) return;
   KRFilePreferences::setObserver({});
   if (!begun_) return;
-  if (endsAsItBegan()) static_cast<void>(KRUndoRecords::remove(begun_->run));
+  // Also when nothing was written.
+  if (isAsAfter(0)) static_cast<void>(KRUndoRecords::remove(begun_->run));
   begun_.reset();
   KRUndoRecords::prune(time(nullptr));
 }
 
-/// Also when nothing was written.
-bool KRUndoRecorder::endsAsItBegan() const {
+bool KRUndoRecorder::isAsAfter(int64_t count) const {
   struct Way {
     std::optional<uint64_t> first;
     std::optional<uint64_t> last;
   };
   std::unordered_map<std::string_view, Way> ways;
   for (const auto& [part, changes] : kept_) {
+    if (part <= count) continue;
     for (const KRUndoChange& change : changes) {
       ways.emplace(change.what, Way{change.before, {}}).first->second.last = change.after;
     }
@@ -106,6 +111,40 @@ KRString KRUndoRecorder::failure() {
   if (recorder == nullptr) return {};
   const std::lock_guard lock(recorder->lock_);
   return recorder->failure_;
+}
+
+int64_t KRUndoRecorder::count() {
+  KRUndoRecorder* recorder = openRecorder.load();
+  if (recorder == nullptr) return 0;
+  const std::lock_guard lock(recorder->lock_);
+  return recorder->parts_;
+}
+
+bool KRUndoRecorder::hasChangedSince(int64_t count) {
+  KRUndoRecorder* recorder = openRecorder.load();
+  if (recorder == nullptr) return false;
+  const std::lock_guard lock(recorder->lock_);
+  return !recorder->isAsAfter(count);
+}
+
+KRResult<KRBuffer> KRUndoRecorder::contentBefore(KRText path, int64_t count) {
+  const KRError none = {KRErrorCode::NotFound, "nothing is kept of " + std::string(path.view())};
+  KRUndoRecorder* recorder = openRecorder.load();
+  if (recorder == nullptr) return none;
+  const std::string whole = wholePath(path);
+  const std::lock_guard lock(recorder->lock_);
+  for (auto part = recorder->kept_.upper_bound(count); part != recorder->kept_.end(); ++part) {
+    for (size_t i = 0; i < part->second.size(); ++i) {
+      const KRUndoChange& change = part->second[i];
+      if (change.what != whole) continue;
+      if (!change.before) return none;
+      const std::string kept = recorder->begun_->run.at(part->first, std::to_string(i));
+      KRResult<KRBuffer> content = KRFile::read(std::string_view(kept));
+      if (content && krUndoMark(content->view()) != *change.before) return none;
+      return content;
+    }
+  }
+  return none;
 }
 
 KRUndoRecorder::Pause::Pause() : paused_(openRecorder.exchange(nullptr)) {}
@@ -154,21 +193,19 @@ KRResult<KRUndoNote> KRUndoRecorder::addFile(KRText path, std::optional<std::str
   File file = {std::string(path.view()), {}, after};
   if (before) file.before = before->view();
   if (file.before == file.after) return KRUndoNote();
-  return addFiles({}, lockedAt.isNothing() ? path : lockedAt, 0, {std::move(file)});
+  return addFiles({}, lockedAt.isNothing() ? path : lockedAt, {std::move(file)});
 }
 
-KRResult<KRUndoNote> KRUndoRecorder::recordFiles(KRText folder, uint64_t rest, const std::vector<File>& files) {
+KRResult<KRUndoNote> KRUndoRecorder::recordFiles(KRText folder, const std::vector<File>& files) {
   KRUndoRecorder* recorder = openRecorder.load();
   if (recorder == nullptr) return KRUndoNote();
-  return recorder->addFiles(folder, folder, rest, files);
+  return recorder->addFiles(folder, folder, files);
 }
 
-KRResult<KRUndoNote> KRUndoRecorder::addFiles(KRText folder, KRText lockedAt, uint64_t rest,
-                                              const std::vector<File>& files) {
+KRResult<KRUndoNote> KRUndoRecorder::addFiles(KRText folder, KRText lockedAt, const std::vector<File>& files) {
   KRUndoFiles content;
   content.folder = folder.isNothing() ? std::string() : wholePath(folder);
   content.lockedAt = wholePath(lockedAt);
-  content.rest = rest;
   std::vector<std::string> kept;
   std::vector<KRUndoChange> changes;
   std::vector<KRUndoNote::Watched> watched;
@@ -203,6 +240,10 @@ KRResult<KRUndoNote> KRUndoRecorder::add(KRText kind, const std::string& fields,
   ++parts_;
   if (KRResult<void> written = writePart(kind, fields, kept); !written) return named(written.error());
   kept_[parts_] = std::move(changes);
+  if (KRResult<void> written = writeRun(); !written) {
+    kept_.erase(parts_);
+    return named(written.error());
+  }
   KRUndoNote note;
   note.recorder_ = this;
   note.part_ = parts_;
@@ -219,6 +260,13 @@ KRResult<void> KRUndoRecorder::writePart(KRText kind, const std::string& fields,
   return KRUndoPart{parts_, std::string(kind.view()), fields}.write(begun_->run);
 }
 
+KRResult<void> KRUndoRecorder::writeRun() {
+  KRUndoRecords::Run& run = begun_->run;
+  run.parts.clear();
+  for (const auto& [part, changes] : kept_) run.parts.push_back(part);
+  return KRUndoRecords::write(run);
+}
+
 void KRUndoRecorder::rewrite(int64_t part, KRText kind, const std::string& fields, std::vector<KRUndoChange> changes) {
   const std::lock_guard lock(lock_);
   const KRResult<void> written = KRUndoPart{part, std::string(kind.view()), fields}.write(begun_->run);
@@ -228,8 +276,13 @@ void KRUndoRecorder::rewrite(int64_t part, KRText kind, const std::string& field
 
 void KRUndoRecorder::takeBack(int64_t part) {
   const std::lock_guard lock(lock_);
+  const auto kept = kept_.extract(part);
+  if (!writeRun()) {
+    // It stays a part of the record, which then has something to say of what is as it was.
+    kept_[part] = kept.empty() ? std::vector<KRUndoChange>() : kept.mapped();
+    return;
+  }
   std::error_code ignored;
-  if (fs::remove(begun_->run.at(part, "part"), ignored)) kept_.erase(part);
   const std::string start = std::to_string(part) + ".";
   for (const auto& entry : fs::directory_iterator(begun_->run.folder, ignored)) {
     std::error_code failed;

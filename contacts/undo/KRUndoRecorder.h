@@ -11,6 +11,7 @@
 
 #include "contacts/undo/KRUndoFields.h"
 #include "contacts/undo/KRUndoRecords.h"
+#include "platform/KRBuffer.h"
 #include "platform/KRFileStamp.h"
 #include "platform/KRResult.h"
 
@@ -35,6 +36,8 @@ class [[nodiscard]] KRUndoNote {
   ~KRUndoNote();
 
   void keep() noexcept { recorder_ = nullptr; }
+  /// Says that everything was taken back: the note goes now.
+  void drop();
   /// Says better what was written, for whoever learns that only afterwards, and keeps it. When that fails, what was
   /// noted before stands, and `KRUndoRecorder::failure` tells.
   void keep(KRText kind, const std::string& fields, std::vector<KRUndoChange> changes);
@@ -74,6 +77,13 @@ class KRUndoRecorder {
   /// Gives the run that is being recorded another title, before it writes: that of the run which it puts back, or does
   /// again.
   static void setTitle(KRText title, bool isUndo);
+  /// How many writes the run has taken note of so far, for `hasChangedSince`; 0 when none is open.
+  static int64_t count();
+  /// Whether anything is other than it was after so many writes: what has been written since and was not taken back.
+  static bool hasChangedSince(int64_t count);
+  /// What a file held when the run had taken note of so many writes; `NotFound` when there was none, or the run did not
+  /// write it since.
+  static KRResult<KRBuffer> contentBefore(KRText path, int64_t count);
   /// Why something that was written meanwhile could not be taken note of, or not well enough; nothing when all was.
   static KRString failure();
 
@@ -103,9 +113,8 @@ class KRUndoRecorder {
   static KRResult<KRUndoNote> recordFile(KRText path, std::string_view after, KRText lockedAt = {});
   /// A file that is to be removed, else the same.
   static KRResult<KRUndoNote> recordRemoval(KRText path, KRText lockedAt = {});
-  /// Files of a folder that are to be replaced, made or removed; `rest` is the mark of all other files that count
-  /// there: the sum over them of `krUndoMark(krUndoMark(name), krUndoMark(content))`.
-  static KRResult<KRUndoNote> recordFiles(KRText folder, uint64_t rest, const std::vector<File>& files);
+  /// Files of a folder that are to be replaced, made or removed.
+  static KRResult<KRUndoNote> recordFiles(KRText folder, const std::vector<File>& files);
   /// Any other write; the fields are what the one of that kind who puts it back understands, `changes` is everything
   /// that it changes.
   static KRResult<KRUndoNote> record(KRText kind, const std::string& fields, std::vector<KRUndoChange> changes);
@@ -117,9 +126,10 @@ class KRUndoRecorder {
                            std::vector<KRUndoChange> changes);
   KRResult<void> writePart(KRText kind, const std::string& fields, const std::vector<std::string>& kept);
   KRResult<KRUndoNote> addFile(KRText path, std::optional<std::string_view> after, KRText lockedAt);
-  KRResult<KRUndoNote> addFiles(KRText folder, KRText lockedAt, uint64_t rest, const std::vector<File>& files);
+  KRResult<KRUndoNote> addFiles(KRText folder, KRText lockedAt, const std::vector<File>& files);
   void rewrite(int64_t part, KRText kind, const std::string& fields, std::vector<KRUndoChange> changes);
-  bool endsAsItBegan() const;
+  bool isAsAfter(int64_t count) const;
+  KRResult<void> writeRun();
   void takeBack(int64_t part);
   void observePreferences();
 

@@ -19,6 +19,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kPart = ".part";
+/// Before the number of a record that is being removed.
+constexpr std::string_view kGone = "gone-";
 constexpr size_t kDigits = 6;
 
 std::optional<int64_t> numberIn(std::string_view text) {
@@ -38,34 +40,40 @@ std::string runFile(const std::string& folder) {
   return folder + "/run";
 }
 
-/// What is in a record's folder.
-void look(KRUndoRecords::Run& run) {
+/// How much is in a record's folder, and whether there are parts.
+bool look(KRUndoRecords::Run& run) {
+  bool hasParts = false;
   std::error_code failed;
   for (fs::directory_iterator each(run.folder, failed); !failed && each != fs::directory_iterator();
        each.increment(failed)) {
     std::error_code unknown;
     const auto size = each->file_size(unknown);
     if (!unknown) run.bytes += size;
-    const std::string name = each->path().filename().string();
-    const size_t end = name.size() > kPart.size() ? name.size() - kPart.size() : 0;
-    if (end == 0 || name.compare(end, kPart.size(), kPart) != 0) continue;
-    if (const auto part = numberIn(std::string_view(name).substr(0, end))) run.parts.push_back(*part);
+    hasParts = hasParts || each->path().extension() == kPart;
   }
-  std::sort(run.parts.begin(), run.parts.end());
+  return hasParts;
 }
 
+/// Nothing for a folder that was made only just: the first file in it says what it is.
 std::optional<KRUndoRecords::Run> runAt(const std::string& folder, int64_t number) {
   const KRResult<KRBuffer> bytes = KRFile::read(std::string_view(runFile(folder)));
-  if (!bytes) return std::nullopt;
-  KRUndoReader fields(bytes->view());
+  const bool isMissing = !bytes && bytes.error().code == KRErrorCode::NotFound;
+  KRUndoReader fields(bytes ? bytes->view() : std::string_view());
   KRUndoRecords::Run run;
   run.number = number;
   run.title = KRString(fields.text());
   run.time = fields.number();
   run.isUndo = fields.number() != 0;
   run.folder = folder;
-  if (!fields.isOk()) return std::nullopt;
-  look(run);
+  for (int64_t count = fields.number(); count > 0 && fields.isOk(); --count) run.parts.push_back(fields.number());
+  if (!fields.isOk() || !fields.isAtEnd()) {
+    run = KRUndoRecords::Run();
+    run.number = number;
+    run.folder = folder;
+    run.damage = KRString(runFile(folder) + (isMissing ? " is missing" : ""));
+  }
+  const bool hasParts = look(run);
+  if (isMissing && !hasParts) return std::nullopt;
   return run;
 }
 
@@ -84,10 +92,21 @@ std::vector<std::pair<int64_t, std::string>> folders() {
 }
 
 void removeFolder(const std::string& folder) {
-  std::error_code ignored;
-  // The run first: what is left when this is cut short is no record.
-  fs::remove(runFile(folder), ignored);
-  fs::remove_all(folder, ignored);
+  const fs::path place(folder);
+  const fs::path gone = place.parent_path() / (std::string(kGone) + place.filename().string());
+  std::error_code failed;
+  // What is left when this is cut short is no record.
+  fs::rename(place, gone, failed);
+  if (!failed) fs::remove_all(gone, failed);
+}
+
+/// Takes away what removals left behind that were cut short.
+void removeGone() {
+  std::error_code failed;
+  for (const auto& entry : fs::directory_iterator(fs::path(KRUndoRecords::folder().view()), failed)) {
+    std::error_code ignored;
+    if (entry.path().filename().string().compare(0, kGone.size(), kGone) == 0) fs::remove_all(entry.path(), ignored);
+  }
 }
 
 }  // namespace
@@ -129,11 +148,7 @@ KRResult<KRUndoRecords::Begun> KRUndoRecords::begin(KRText title, bool isUndo) {
     return KRFile::systemError(errno, "make the folder", std::string_view(run.folder));
   KRResult<KRFileLock> begun = KRFileLock::holdNow(std::string_view(run.folder));
   if (!begun) return begun.error();
-  KRUndoWriter fields;
-  fields.add(run.title).add(run.time).add(int64_t{isUndo ? 1 : 0});
-  KRFile::WriteOptions options;
-  options.isPrivate = true;
-  KRResult<void> done = KRFile::write(std::string_view(runFile(run.folder)), fields.take(), options);
+  KRResult<void> done = write(run);
   if (done) done = KRFile::flushFolder(place);
   if (!done) {
     removeFolder(run.folder);
@@ -142,10 +157,22 @@ KRResult<KRUndoRecords::Begun> KRUndoRecords::begin(KRText title, bool isUndo) {
   return Begun{std::move(run), *std::move(begun)};
 }
 
+KRResult<void> KRUndoRecords::write(const Run& run) {
+  KRUndoWriter fields;
+  fields.add(run.title).add(run.time).add(int64_t{run.isUndo ? 1 : 0}).add(static_cast<int64_t>(run.parts.size()));
+  for (const int64_t part : run.parts) fields.add(part);
+  KRFile::WriteOptions options;
+  options.isPrivate = true;
+  return KRFile::write(std::string_view(runFile(run.folder)), fields.take(), options);
+}
+
 KRResult<KRFileLock> KRUndoRecords::hold(const Run& run) {
   KRResult<KRFileLock> lock = KRFileLock::holdNow(std::string_view(run.folder));
-  if (lock || lock.error().code != KRErrorCode::Busy) return lock;
-  return KRError{KRErrorCode::Busy, "that run goes on still: " + std::string(run.title.view())};
+  if (lock && KRFile::kind(std::string_view(runFile(run.folder))) != KRFile::Kind::Missing) return lock;
+  if (lock || lock.error().code == KRErrorCode::NotFound)
+    return KRError{KRErrorCode::NotFound, "another process has undone it meanwhile"};
+  if (lock.error().code != KRErrorCode::Busy) return lock;
+  return KRError{KRErrorCode::Busy, "it goes on still, or another process undoes it right now"};
 }
 
 KRResult<void> KRUndoRecords::remove(const Run& run) {
@@ -157,13 +184,14 @@ KRResult<void> KRUndoRecords::remove(const Run& run) {
 void KRUndoRecords::prune(int64_t now) {
   const KRResult<KRFileLock> lock = KRFileLock::hold(folder());
   if (!lock) return;
+  removeGone();
   size_t kept = 0;
   uint64_t bytes = 0;
   for (const auto& [number, path] : folders()) {
     const std::optional<Run> run = runAt(path, number);
     // One that is being written is let be; what a stopped run left without a part is nothing.
     if (!KRFileLock::holdNow(std::string_view(path))) continue;
-    const bool isRecord = run && !run->parts.empty();
+    const bool isRecord = run && (!run->parts.empty() || !run->damage.isNothing());
     if (isRecord) bytes += run->bytes;
     const bool isBeyond = isRecord && (kept >= kMostRuns || now - run->time > kMostSeconds || bytes > kMostBytes);
     if (!isRecord || (isBeyond && kept > 0)) {

@@ -28,6 +28,9 @@ class KRUndoRecords {
     bool isUndo = false;
     /// The record's folder.
     std::string folder;
+    /// Why it cannot be put back: the file that is damaged, or that is missing. Its number and its folder are all that
+    /// is known then. Nothing when it is well.
+    KRString damage{};
     /// The numbers of its parts, in the order in which they were written; none for a run that wrote nothing (yet).
     std::vector<int64_t> parts;
     /// What the record holds. Files that are still in use elsewhere count too.
@@ -39,7 +42,7 @@ class KRUndoRecords {
 
   /// Nothing when there is no data folder. Not made by asking.
   static KRString folder();
-  /// Those that can be read, the newest first. No folder is no records.
+  /// All of them, also damaged ones, the newest first. No folder is no records.
   static KRResult<std::vector<Run>> all();
   /// A record that is being written, and what says so to other processes.
   struct Begun {
@@ -48,7 +51,10 @@ class KRUndoRecords {
   };
   /// Makes the folder of a new record, with the next number, for a run that begins now.
   static KRResult<Begun> begin(KRText title, bool isUndo);
-  /// Keeps others from putting the run back meanwhile; `Busy` while the run goes on.
+  /// Puts the file into the record's folder that says what it is and which parts it has.
+  static KRResult<void> write(const Run& run);
+  /// Keeps others from putting the run back meanwhile; `Busy` while the run goes on or another one puts it back,
+  /// `NotFound` when that has happened already.
   static KRResult<KRFileLock> hold(const Run& run);
   /// Removes a record with all it holds; success when it is not there.
   static KRResult<void> remove(const Run& run);

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Undo: what a run changed goes back to how it was before, in files, folders, libraries, the trash and settings."""
+import fcntl
 import json
 import os
+import plistlib
 import resource
 import shutil
 import sqlite3
@@ -156,6 +158,24 @@ class Undo(host.HostTest):
         self.run_host("undo")
         self.assertEqual(before, book.read_bytes())
 
+    def test_a_book_with_a_further_name_comes_back_although_others_write_into_that_one(self):
+        book = self.file_book()
+        before = book.read_bytes()
+        os.link(book, self.folder / "further.vcf")
+        self.put(NEW_ANN, book)
+        with open(self.folder / "further.vcf", "r+b") as file:
+            file.write(b"something else")
+        self.run_host("undo")
+        self.assertEqual(before, book.read_bytes())
+
+    def test_a_failed_run_puts_back_the_very_bytes_of_a_trash_in_another_form(self):
+        book = self.large_book()
+        self.put(BOB.replace("TEL:2", "TEL:22"), book)
+        # As another program of the same library may write it.
+        trash = plistlib.loads(self.trash().read_bytes())
+        self.trash().write_bytes(plistlib.dumps(trash, fmt=plistlib.FMT_BINARY, sort_keys=True))
+        self.check_a_failure_leaves_nothing(book)
+
     def test_deleted_duplicates_come_back_byte_for_byte(self):
         twin = host.card("N:Finch;Oliver;;;", "FN:Oliver Finch", "TEL:5")
         book = self.file_book(twin + ANN + twin + BOB + BOB.replace("UID:bob", "UID:rob") + twin)
@@ -201,23 +221,112 @@ class Undo(host.HostTest):
         self.run_host("undo")
         self.assertEqual(after, {path.name: path.read_bytes() for path in folder.iterdir()})
 
-    def test_a_folder_in_which_another_file_has_changed_is_refused(self):
+    def test_what_happens_to_other_files_of_a_folder_is_no_matter(self):
         folder = self.folder / "cards"
         self.write("cards/a.vcf", ANN)
         other = self.write("cards/b.vcf", BOB)
+        gone = self.write("cards/c.vcf", CIM)
         self.run_host("books", "add", folder)
         self.put(NEW_ANN, folder)
-        for content in (BOB + "\r\n", None):
-            other.write_text(content) if content else other.unlink()
-            self.assertIn("cards has changed since", self.run_host("undo", code=2).err)
-        other.write_text(BOB, newline="")
+        other.write_text(BOB + "\r\n")
+        gone.unlink()
         self.write("cards/new.vcf", CIM)
-        self.assertIn("cards has changed since", self.run_host("undo", code=2).err)
-        (folder / "new.vcf").unlink()
-        # What is no contact is no matter.
-        self.write("cards/notes.txt", "x")
+        theirs = {path.name: path.read_bytes() for path in folder.iterdir() if path.name != "a.vcf"}
+        self.run_host("undo")
+        self.assertEqual({"a.vcf": ANN.encode(), **theirs}, {path.name: path.read_bytes() for path in folder.iterdir()})
+
+    def test_a_folder_in_which_a_file_of_the_run_has_changed_is_refused(self):
+        folder = self.folder / "cards"
+        self.write("cards/a.vcf", ANN)
+        self.write("cards/b.vcf", BOB)
+        self.run_host("books", "add", folder)
+        self.put(NEW_ANN + BOB.replace("TEL:2", "TEL:22"), folder)
+        for wrong in (ANN.replace("TEL:1", "TEL:111"), None):
+            after = (folder / "a.vcf").read_bytes()
+            (folder / "a.vcf").write_text(wrong) if wrong else (folder / "a.vcf").unlink()
+            before = {path.name: path.read_bytes() for path in folder.iterdir()}
+            self.assertIn("a.vcf has changed since", self.run_host("undo", code=2).err)
+            self.assertEqual(before, {path.name: path.read_bytes() for path in folder.iterdir()})
+            (folder / "a.vcf").write_bytes(after)
         self.run_host("undo")
         self.assertEqual(ANN.encode(), (folder / "a.vcf").read_bytes())
+
+    # Two runs at once
+
+    def fix_at_once(self, book, runs):
+        """Starts one run for each choice of a first name, together; those that were done, in the order of their records."""
+        started = [self.start_host("fix", book, "--apply", "exact-duplicates=delete-duplicates", "--where", f"{name}")
+                   for name in runs]
+        for process in started:
+            out, err = process.communicate(timeout=host.TIMEOUT)
+            self.assertIn(process.returncode, (0, 2), (out, err))
+            if process.returncode == 2:
+                self.assertRegex(err.decode(), "nothing is fixed: .*(changed|another program)")
+                self.assertEqual(1, err.count(b"\n"))
+        return [process.returncode for process in started]
+
+    def twins(self):
+        names = [f"Name{letter}" for letter in "abcdefgh"]
+        return names, [host.card(f"N:;{name};;;", f"FN:{name}", "TEL:5") for name in names]
+
+    def check_undone_one_by_one(self, read, before, book, names):
+        for _ in range(3):
+            done = self.fix_at_once(book, names[:4]).count(0)
+            self.assertGreaterEqual(done, 1)
+            for _ in range(done):
+                newest = max(run["number"] for run in self.run_host("undo", "--list", "--json").json()["runs"]
+                             if run["title"].startswith("fix") and not run["isUndo"])
+                self.run_host("undo", str(newest))
+            self.assertEqual(before, read())
+
+    def test_runs_at_once_on_a_folder_are_each_undone(self):
+        names, cards = self.twins()
+        for i, card in enumerate(cards):
+            for copy in "xy":
+                self.write(f"cards/{i}{copy}.vcf", card.replace("VERSION:3.0", f"VERSION:3.0\r\nUID:{i}{copy}"))
+        folder = self.folder / "cards"
+        self.run_host("books", "add", folder)
+        self.run_host("issues")
+
+        def read():
+            return {path.name: path.read_bytes() for path in folder.iterdir()}
+        self.check_undone_one_by_one(read, read(), folder, names)
+        self.assertEqual([], self.run_host("trash", "--json").json()["persons"])
+
+    def test_runs_at_once_on_a_file_are_right_or_refused(self):
+        names, cards = self.twins()
+        book = self.file_book("".join(card + card for card in cards))
+        self.run_host("issues")
+        self.check_undone_one_by_one(book.read_bytes, book.read_bytes(), book, names)
+
+    def test_runs_at_once_on_a_library_are_each_undone(self):
+        names, cards = self.twins()
+        self.run_host("books", "add", "--new", "Family")
+        self.run_host("import", self.write("in.vcf", "".join(card + card for card in cards)), "--into", "Family",
+                      "--existing", "both")
+        self.run_host("issues")
+
+        def read():
+            return self.kept()["contacts.sqlite"]
+        self.check_undone_one_by_one(read, read(), "Family", names)
+
+    def test_of_two_undos_at_once_one_is_done_and_the_other_says_why_not(self):
+        book = self.file_book()
+        before = book.read_bytes()
+        self.put(NEW_ANN, book)
+        lock = self.home / "data/krcontacts/undo.lock"
+        with open(lock) as turn:
+            fcntl.flock(turn, fcntl.LOCK_EX)
+            started = [self.start_host("undo") for _ in range(2)]
+            # The one that comes later does not wait.
+            first, _ = os.wait()
+            fcntl.flock(turn, fcntl.LOCK_UN)
+        later, sooner = sorted(started, key=lambda process: process.pid != first)
+        err = later.stderr.read().decode()
+        self.assertRegex(err, "nothing is undone of run .*: it goes on still, or another process undoes it right now")
+        self.assertEqual((b"", 0), (sooner.communicate(timeout=host.TIMEOUT)[1], sooner.returncode))
+        later.communicate()
+        self.assertEqual(before, book.read_bytes())
 
     # Libraries
 
@@ -448,14 +557,19 @@ class Undo(host.HostTest):
         after, trash = book.read_bytes(), self.trash().read_bytes()
         folder = sorted((self.home / "data/krcontacts/undo").iterdir())[-1]
         for damaged in sorted(folder.iterdir()):
-            if damaged.name == "run":
-                continue
             content = damaged.read_bytes()
-            for wrong in (content[:-1], content[:20] + b"?" + content[21:], b"", content + b"x"):
-                damaged.unlink()
-                damaged.write_bytes(wrong)
-                self.assertIn("damaged", self.run_host("undo", code=2).err)
+            for wrong in (content[:-1], content[:20] + b"?" + content[21:], b"", content + b"x", None):
+                damaged.unlink(missing_ok=True)
+                if wrong is not None:
+                    damaged.write_bytes(wrong)
+                err = self.run_host("undo", code=2).err
+                self.assertIn(f"the undo record is damaged: {damaged}{'' if wrong is not None else ' is missing'}", err)
+                self.assertEqual(1, err.count("\n"), err)
                 self.assertEqual((after, trash), (book.read_bytes(), self.trash().read_bytes()))
+                listed = self.run_host("undo", "--list", "--json").json()
+                schema.check(listed, SCHEMA, SCHEMA)
+                self.assertEqual(damaged.name == "run", listed["runs"][0]["damage"] is not None)
+                self.assertEqual(damaged.name == "run", "damaged:" in self.run_host("undo", "--list").out)
             damaged.write_bytes(content)
         self.run_host("undo")
         self.assertEqual((ANN + BOB).encode(), book.read_bytes())

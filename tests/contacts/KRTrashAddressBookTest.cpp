@@ -553,7 +553,7 @@ TEST_F(KRTrashTakeBackTest, WhatMayHaveLeftTheBookStaysInTheTrash) {
   }
 }
 
-TEST_F(KRTrashTakeBackTest, ABookThatStandsAlthoughTheFolderIsNotFlushedLeavesItsContactsInTheTrash) {
+TEST_F(KRTrashTakeBackTest, ABookWhoseFolderCannotBeFlushedIsAsItWasAndTheTrashToo) {
   const auto from = book();
   const auto into = trash();
   KRSaveScope scope;
@@ -564,9 +564,28 @@ TEST_F(KRTrashTakeBackTest, ABookThatStandsAlthoughTheFolderIsNotFlushedLeavesIt
   KRFile::setFault({});
   ASSERT_FALSE(saved);
   EXPECT_EQ(saved.error().code, KRErrorCode::NoSpace);
-  EXPECT_EQ(book()->allPersonsCount(), 1U);
-  EXPECT_THAT(IDsIn(*trash()), testing::ElementsAre("ann"));
-  EXPECT_FALSE(from->hasChanges());
+  EXPECT_EQ(folder_.content("book.vcf"), kBook);
+  EXPECT_THAT(IDsIn(*trash()), testing::ElementsAre());
+  EXPECT_TRUE(from->hasChanges());
+}
+
+TEST_F(KRTrashTakeBackTest, ATrashWhoseFolderCannotBeFlushedIsAsItWas) {
+  {
+    const auto into = trash();
+    into->addPerson(record("UID:old\r\nN:Lee;Old;;;\r\n").get());
+    ASSERT_TRUE(into->saveNow());
+  }
+  const auto from = book();
+  const auto into = trash();
+  KRSaveScope scope;
+  trashFirst(*from, *into);
+  int count = 0;
+  KRFile::setFault([&](KRFile::Step each) { return each == KRFile::Step::FlushFolder && ++count == 1 ? EIO : 0; });
+  const KRResult<void> saved = scope.commit();
+  KRFile::setFault({});
+  ASSERT_FALSE(saved);
+  EXPECT_EQ(folder_.content("book.vcf"), kBook);
+  EXPECT_THAT(IDsIn(*trash()), testing::ElementsAre("old"));
 }
 
 TEST_F(KRTrashTakeBackTest, WhatAnotherProcessTrashedOfTheSameBookStays) {

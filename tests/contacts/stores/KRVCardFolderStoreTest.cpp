@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/KRFile.h"
@@ -175,6 +176,68 @@ TEST_F(KRVCardFolderStoreTest, WhenManyFilesCannotBeFlushedNoneIsThere) {
   EXPECT_EQ(names(), std::vector<std::string>{});
   EXPECT_TRUE(book->saveNow().isOk());
   EXPECT_EQ(open()->allPersonsCount(), 100U);
+}
+
+TEST_F(KRVCardFolderStoreTest, ASaveThatFailsAnywhereLeavesTheFolderAsItWas) {
+  using Step = KRFile::Step;
+  const KRTestFolder elsewhere;
+  elsewhere.put("real.vcf", krCard(krNoted("d", "old")));
+  fs::create_symlink(elsewhere.at("real.vcf"), folder.at("d.vcf"));
+  for (const char* name : {"a", "b", "c"}) folder.put(std::string(name) + ".vcf", krCard(krNoted(name, "old")));
+  const auto seen = [&] {
+    std::map<std::string, std::pair<std::string, ino_t>> all;
+    for (const std::string& name : names()) all[name] = {folder.content(name), place(name)};
+    return all;
+  };
+  const auto before = seen();
+  const auto book = open();
+  for (const char* name : {"x", "y"}) book->addPerson(krPersonOf(krNoted(name, "new")).get());
+  for (const char* name : {"a", "d"}) krSetText(*krPersonNamed(*book, name), KRProPertyNote, "new");
+  book->removePersons(KRPersonArray(krPersonNamed(*book, "b")));
+  size_t failures = 0;
+  for (int step = 0; step < 40; ++step) {
+    int count = 0;
+    bool isReached = false;
+    KRFile::setFault([&](Step) {
+      if (isReached || count++ < step) return 0;
+      isReached = true;
+      return step % 2 == 0 ? ENOSPC : EACCES;
+    });
+    const auto saved = book->saveNow();
+    KRFile::setFault(nullptr);
+    if (!isReached) {
+      EXPECT_TRUE(saved.isOk());
+      break;
+    }
+    ASSERT_FALSE(saved.isOk()) << step;
+    ++failures;
+    ASSERT_EQ(seen(), before) << step;
+    EXPECT_TRUE(fs::is_symlink(folder.at("d.vcf")));
+    EXPECT_TRUE(book->hasChanges());
+    EXPECT_EQ(book->unsavedIDs().size(), 3U);
+  }
+  // Four files are prepared in five steps each, five are moved or removed, and the folder is flushed.
+  EXPECT_EQ(failures, 26U);
+  EXPECT_EQ(krPeople(*open()), (People{"a: new", "c: old", "d: new", "x: new", "y: new"}));
+}
+
+TEST_F(KRVCardFolderStoreTest, WhatCannotBeTakenBackIsSavedAndTold) {
+  using Step = KRFile::Step;
+  for (const char* name : {"a", "b"}) folder.put(std::string(name) + ".vcf", krCard(krNoted(name, "old")));
+  const auto book = open();
+  for (const char* name : {"a", "b"}) krSetText(*krPersonNamed(*book, name), KRProPertyNote, "new");
+  int moves = 0;
+  KRFile::setFault([&](Step step) { return (step == Step::Move && ++moves > 1) || moves > 1 ? ENOSPC : 0; });
+  const auto saved = book->saveNow();
+  KRFile::setFault(nullptr);
+  ASSERT_FALSE(saved.isOk());
+  EXPECT_NE(saved.error().sentence.find("1 of the 1 files that were written before could not be put back"),
+            std::string::npos)
+      << saved.error().sentence;
+  EXPECT_EQ(krPeople(*open()), (People{"a: new", "b: old"}));
+  EXPECT_EQ(book->unsavedIDs(), KRStringList{"uid-b"_kr});
+  EXPECT_TRUE(book->saveNow().isOk());
+  EXPECT_EQ(krPeople(*open()), (People{"a: new", "b: new"}));
 }
 
 TEST_F(KRVCardFolderStoreTest, DoesNotTakeTheNameOfAnotherFile) {

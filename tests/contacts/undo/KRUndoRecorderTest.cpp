@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -87,6 +88,57 @@ TEST_F(KRUndoRecorderTest, KeepsNoneOfWritesThatWereGivenUp) {
     const auto note = KRUndoRecorder::recordFile(std::string_view(path), "two");
     EXPECT_TRUE(note);
   }));
+}
+
+TEST_F(KRUndoRecorderTest, TellsWhatIsOtherThanItWas) {
+  folder_.put("a", "one");
+  EXPECT_FALSE(KRUndoRecorder::hasChangedSince(0));
+  const KRUndoRecorder recorder("run");
+  const std::string path = folder_.at("a");
+  const auto before = [&](int64_t count) { return KRUndoRecorder::contentBefore(std::string_view(path), count); };
+  EXPECT_EQ(before(0).error().code, KRErrorCode::NotFound);
+  put("a", "two");
+  const int64_t count = KRUndoRecorder::count();
+  EXPECT_FALSE(KRUndoRecorder::hasChangedSince(count));
+  put("a", "three");
+  put("new", "x");
+  EXPECT_TRUE(KRUndoRecorder::hasChangedSince(count));
+  EXPECT_EQ(before(0)->view(), "one");
+  EXPECT_EQ(before(count)->view(), "two");
+  EXPECT_EQ(before(KRUndoRecorder::count()).error().code, KRErrorCode::NotFound);
+  remove("new");
+  put("a", "two");
+  EXPECT_FALSE(KRUndoRecorder::hasChangedSince(count));
+  EXPECT_TRUE(KRUndoRecorder::hasChangedSince(0));
+}
+
+TEST_F(KRUndoRecorderTest, ADroppedNoteIsNoPartOfTheRecord) {
+  folder_.put("a", "one");
+  EXPECT_FALSE(partsOf([&] {
+    const std::string path = folder_.at("a");
+    KRResult<KRUndoNote> note = KRUndoRecorder::recordFile(std::string_view(path), "two");
+    ASSERT_TRUE(note);
+    folder_.put("a", "one");
+    note->drop();
+  }));
+}
+
+TEST_F(KRUndoRecorderTest, ARecordThatIsDamagedIsOneThatCannotBePutBack) {
+  {
+    const KRUndoRecorder recorder("run");
+    put("a", "two");
+  }
+  const std::string file = KRUndoRecords::all().value().front().folder + "/run";
+  const std::string content = KRTestFolder::contentOf(file);
+  for (const size_t size : {size_t{0}, size_t{9}, content.size() - 1}) {
+    std::filesystem::resize_file(file, size);
+    const auto runs = KRUndoRecords::all().value();
+    ASSERT_EQ(runs.size(), 1U);
+    EXPECT_EQ(runs.front().damage, KRText(std::string_view(file)));
+    EXPECT_TRUE(runs.front().parts.empty());
+  }
+  std::filesystem::remove(file);
+  EXPECT_EQ(KRUndoRecords::all().value().front().damage, KRText(std::string_view(file + " is missing")));
 }
 
 TEST_F(KRUndoRecorderTest, WhatIsLearntAfterTheWriteCounts) {
