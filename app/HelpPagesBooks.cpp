@@ -155,9 +155,13 @@ Usage:
 
 PERSON is a number of the list, or the ID of a contact; a word of digits is a
 number as long as the list is that long. A contact leaves the trash only after
-it was saved in its book.
+it was saved in its book. One that the book has already, the same in everything
+shown and of the same ID, is not restored a second time: that is said, and it
+stays in the trash.
 
-  --into BOOK  restore to this book, not to those that they came from
+  --into BOOK  restore to this book, or the one at this path, not to those that
+               they came from
+  --again      restore also what the book has already
   --yes        clear without being asked
   --dry-run    change nothing; tell what would be done
   --json       one JSON document
@@ -179,10 +183,11 @@ they were before it; with RUN, a number of the list, those that this run
 changed. A second undo does the run again.
 
 Nothing is touched when one of them has changed since that run; then undo first
-what was run after it. Files come back byte for byte. Of settings only what the
-run itself changed is put back, and of the desktop's own books only the contacts
-and lists that it wrote; their time of change is new. RUN may be one that failed
-or was stopped. One that left everything as it was is not in the list.
+what was run after it. Of a folder only the files that the run wrote count.
+Files come back byte for byte. Of settings only what the run itself changed is
+put back, and of the desktop's own books only the contacts and lists that it
+wrote; their time of change is new. RUN may be one that failed or was stopped.
+One that left everything as it was is not in the list.
 
 The last run can always be undone; the 19 before it within 30 days, as long as
 what is kept for it holds less than 1 GiB. It is kept in the folder "undo"

@@ -5,7 +5,9 @@
 #include <charconv>
 #include <iostream>
 
+#include "app/BookOpener.h"
 #include "app/DisplayText.h"
+#include "app/EqualPersons.h"
 #include "app/JsonWriter.h"
 #include "app/PersonCard.h"
 #include "app/PersonDocument.h"
@@ -13,6 +15,7 @@
 #include "app/Unusable.h"
 #include "app/UserBooks.h"
 #include "contacts/model/KRSaveScope.h"
+#include "contacts/undo/KRUndoTurn.h"
 
 namespace {
 
@@ -51,8 +54,7 @@ std::string origin(const KRTempPerson& person) {
 }
 
 /// Puts a person back; how many of its groups are gone from the book.
-size_t putBack(KRStoredBook& book, const KRTempPerson& person) {
-  const KRRef<ABPerson> restored = KRTrashAddressBook::restoredPerson(&person);
+size_t putBack(KRStoredBook& book, const KRTempPerson& person, const KRRef<ABPerson>& restored) {
   book.addPerson(restored.get());
   size_t gone = 0;
   std::vector<KRRef<KRGroup>> groups;
@@ -81,6 +83,7 @@ TrashCommand::TrashCommand(CLI::App& app)
   for (CLI::App* verb : {show_, restore_, remove_}) verb->add_option("PERSON", persons_);
   restore_->add_option("--into", into_);
   restore_->add_flag("--all", all_);
+  restore_->add_flag("--again", again_);
   clear_->add_flag("--yes", yes_);
   for (CLI::App* verb : {restore_, remove_, clear_}) verb->add_flag("--dry-run", dryRun_);
   words_->add_flag("--json", json_);
@@ -149,15 +152,18 @@ void TrashCommand::list(Terminal& terminal) {
   }
   const size_t digits = std::to_string(trash().allPersonsCount()).size();
   terminal.paragraph("Trash · " + contacts(trash().allPersonsCount()), Style::Strong);
+  bool isFound = false;
   for (IKRPerson& person : trash().allPersons()) {
     ++place;
     const KRRef<KRTempPerson> each = trashed(person);
     if (!each || !filter_.matches(person)) continue;
+    isFound = true;
     const std::string number = std::to_string(place);
     terminal.paragraph(
         std::string(digits - number.size(), ' ') + number + "  " + personText(person) + " · from " + origin(*each),
         Style::Plain, 0, digits + 2);
   }
+  if (!isFound && filter_.isNarrow()) terminal.paragraph("None of them is what was asked for");
 }
 
 void TrashCommand::show(Terminal& terminal) {
@@ -217,11 +223,11 @@ TrashCommand::Persons TrashCommand::named() const {
 
 std::vector<TrashCommand::Batch> TrashCommand::batches(const Persons& persons, Terminal& terminal) const {
   std::vector<Batch> all;
+  KRRef<KRAddressBook> into;
+  if (!into_.empty()) into = BookOpener::openWritable(into_, terminal);
   for (const auto& person : persons) {
-    KRRef<KRAddressBook> book;
-    if (!into_.empty()) {
-      book = UserBooks::get(into_, terminal);
-    } else {
+    KRRef<KRAddressBook> book = into;
+    if (!book) {
       book = KRRef<KRAddressBook>(trash().addressBookofPersonFrom(person.get()));
       if (!book) {
         throw Unusable(personText(*person) + " came from " + origin(*person) +
@@ -240,23 +246,46 @@ std::vector<TrashCommand::Batch> TrashCommand::batches(const Persons& persons, T
   return all;
 }
 
+/// Puts the persons into the book, still in memory only; how many are left out, and told, because they are there.
+size_t TrashCommand::putBack(Batch& batch, Terminal& terminal) const {
+  EqualPersons known(*batch.book);
+  Persons wanted;
+  wanted.swap(batch.persons);
+  for (const auto& person : wanted) {
+    const KRRef<ABPerson> restored = KRTrashAddressBook::restoredPerson(person.get());
+    if (!again_ && known.has(*restored)) {
+      terminal.say(personText(*person) + " is in " + UserBooks::described(*batch.book) +
+                   " already, the same in everything shown; it stays in the trash (--again restores it all the same)");
+      continue;
+    }
+    if (known.hasEqual(*restored)) ++batch.twins;
+    known.add(*restored);
+    batch.goneGroups += ::putBack(*batch.book, *person, restored);
+    batch.persons.push_back(person);
+  }
+  return wanted.size() - batch.persons.size();
+}
+
 int TrashCommand::restore(Terminal& terminal) {
   if (all_ && !persons_.empty()) throw Unusable("--all means every contact; none can be named beside it");
   const Persons persons = all_ ? meant() : named();
   if (persons.empty()) terminal.paragraph("The trash is empty");
-  const std::vector<Batch> all = batches(persons, terminal);
+  std::vector<Batch> all = batches(persons, terminal);
   KRSaveScope scope;
   size_t goneGroups = 0;
-  for (const Batch& batch : all) {
-    for (const auto& person : batch.persons) goneGroups += putBack(*batch.book, *person);
-    batch.book->save();
-  }
   int code = ExitCode::Done;
+  for (Batch& batch : all) {
+    if (putBack(batch, terminal) > 0) code = ExitCode::Unusable;
+    goneGroups += batch.goneGroups;
+    if (!batch.persons.empty()) batch.book->save();
+  }
+  std::erase_if(all, [](const Batch& batch) { return batch.persons.empty(); });
   if (!dryRun_) {
+    const KRUndoTurn turn;
     // The books first: a contact leaves the trash only when it stands in its book.
     static_cast<void>(scope.commit());
     Persons back;
-    for (const Batch& batch : all) {
+    for (Batch& batch : all) {
       const auto& failures = scope.failures();
       const auto failure = std::find_if(failures.begin(), failures.end(), [&](const KRSaveScope::Failure& each) {
         return each.book.get() == static_cast<KRAddressBook*>(batch.book.get());
@@ -266,6 +295,7 @@ int TrashCommand::restore(Terminal& terminal) {
       } else {
         terminal.say(contacts(batch.persons.size()) + " not restored to " + UserBooks::described(*batch.book) + ": " +
                      failure->error.sentence);
+        batch.isSaved = false;
         code = ExitCode::Unusable;
       }
     }
@@ -273,9 +303,12 @@ int TrashCommand::restore(Terminal& terminal) {
     if (code != ExitCode::Done && back.empty()) return code;
   }
   for (const Batch& batch : all) {
-    if (code != ExitCode::Done && batch.book->hasChanges()) continue;
+    if (!batch.isSaved) continue;
     terminal.paragraph((dryRun_ ? "Would restore " : "Restored ") + contacts(batch.persons.size()) + " to " +
                        UserBooks::described(*batch.book));
+    if (batch.twins > 0) {
+      terminal.paragraph(std::to_string(batch.twins) + " of them the same in everything shown as another one there");
+    }
   }
   if (goneGroups > 0) {
     terminal.paragraph(counted(goneGroups, "group membership", "group memberships") +

@@ -22,6 +22,11 @@ class TrashCommand : public Command {
   struct Batch {
     KRRef<KRStoredBook> book;
     Persons persons;
+    /// How many memberships are lost, of groups that the book does not have any more.
+    size_t goneGroups = 0;
+    /// How many have an equal one in the book, under another identifier.
+    size_t twins = 0;
+    bool isSaved = true;
   };
 
   CLI::App* addVerb(const char* name);
@@ -35,6 +40,7 @@ class TrashCommand : public Command {
   void clear(Terminal& terminal);
 
   std::vector<Batch> batches(const Persons& persons, Terminal& terminal) const;
+  size_t putBack(Batch& batch, Terminal& terminal) const;
   void takeOut(const Persons& persons);
 
   CLI::App* words_;
@@ -47,6 +53,7 @@ class TrashCommand : public Command {
   std::string into_;
   PersonFilter filter_;
   bool all_ = false;
+  bool again_ = false;
   bool yes_ = false;
   bool json_ = false;
   bool dryRun_ = false;

@@ -40,7 +40,8 @@ set(KR_TESTED_SOURCES_app
     app/PersonText.cpp
     app/ProgressBar.cpp
     app/RowDiff.cpp
-    app/Terminal.cpp)
+    app/Terminal.cpp
+    app/Unsaved.cpp)
 
 file(GLOB KR_TEST_FOLDERS CONFIGURE_DEPENDS LIST_DIRECTORIES true RELATIVE "${PROJECT_SOURCE_DIR}/tests"
      "${PROJECT_SOURCE_DIR}/tests/*")

@@ -69,6 +69,10 @@ void KRSQLiteDatabase::failWith(int code) {
     if (!failure_) failure_ = KRFile::systemError(number, "use", KRText(std::string_view(path_)));
     return;
   }
+  if (codeOf(code) == KRErrorCode::Damaged) {
+    const bool isOther = (code & 0xFF) == SQLITE_NOTADB;
+    return fail(KRErrorCode::Damaged, isOther ? "this is no database, or a damaged one" : "the database is damaged");
+  }
   // The connection's own words say more than the number alone, when they are about that number.
   const bool isLast = handle_ != nullptr && sqlite3_extended_errcode(handle_) == code;
   fail(codeOf(code), isLast ? sqlite3_errmsg(handle_) : sqlite3_errstr(code));

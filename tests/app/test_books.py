@@ -149,6 +149,19 @@ class Books(host.HostTest):
         self.assertNotIn("a.vcf", result.out)
         self.assertIn("krcontacts.books.plist", result.err)
 
+    def test_a_damaged_database_is_told_in_words_of_its_own(self):
+        self.run_host("books", "add", "--new", "Family")
+        self.run_host("import", self.write("in.vcf", ANN), "--into", "Family")
+        path = next(self.home.rglob("contacts.sqlite"))
+        whole = path.read_bytes()
+        for wrong, told in ((b"x" * len(whole), "this is no database, or a damaged one"),
+                            (whole[:4096] + b"\xa5" * (len(whole) - 4096), "the database is damaged")):
+            for path_ in path.parent.glob("contacts.sqlite-*"):
+                path_.unlink()
+            path.write_bytes(wrong)
+            self.assertIn(told, " ".join(self.run_host("books").out.split()))
+            self.assertIn(f"{path}: {told}", [book["error"] for book in self.books()])
+
     def test_what_is_no_book_is_not_added(self):
         os.mkfifo(self.folder / "pipe.vcf")
         self.refused("books", "add", "pipe.vcf", reason="pipe.vcf")

@@ -104,6 +104,49 @@ class Trash(host.HostTest):
         text = self.run_host("export", "Other", "--to", "-").out.replace("\r\n", "\n")
         self.assertEqual((ANN + BOB).replace("\r\n", "\n"), text)
 
+    def test_a_contact_that_is_there_again_is_told_and_stays_in_the_trash(self):
+        self.trash()
+        self.put(ANN + BOB)
+        before = self.kept()
+        for words in (["1"], ["1", "--dry-run"]):
+            result = self.run_host("trash", "restore", *words, code=2)
+            self.assertIn("Ann Barrow is in Family", result.err)
+            self.assertIn("--again", result.err)
+            self.assertEqual(("", 1), (result.out, result.err.count("\n")))
+            self.assertEqual(before, self.kept())
+        result = self.run_host("trash", "restore", "--all", "--dry-run", code=2)
+        self.assertEqual(2, result.err.count("already, the same"))
+        self.assertIn("Would restore 2 contacts to Family", result.out)
+        self.run_host("trash", "restore", "--all", code=2)
+        # The second ones, with other numbers, are back.
+        self.assertEqual(["ann", "bob"], [person["id"] for person in self.listed()])
+        self.assertEqual(["Ann Barrow", "Bob"] * 2, self.names())
+        self.run_host("trash", "restore", "ann", "--again")
+        self.assertEqual(["bob"], [person["id"] for person in self.listed()])
+        self.assertEqual(["Ann Barrow", "Bob", "Ann Barrow", "Bob", "Ann Barrow"], self.names())
+
+    def test_an_equal_contact_of_another_id_is_restored_and_told(self):
+        self.run_host("books", "add", self.write("Twins.vcf", ANN + ANN.replace("UID:ann", "UID:other")))
+        self.run_host("fix", "Twins.vcf", "--apply", "exact-duplicates=delete-duplicates")
+        self.assertEqual(["Ann Barrow"], self.names("Twins.vcf"))
+        self.assertIn("1 of them the same", self.run_host("trash", "restore", "1").out)
+        self.assertEqual(["Ann Barrow"] * 2, self.names("Twins.vcf"))
+        self.assertEqual([], self.listed())
+
+    def test_restore_takes_the_path_of_a_book_that_is_in_no_list(self):
+        self.trash()
+        self.run_host("trash", "restore", "--all", "--into", self.folder / "none.vcf", code=2)
+        book = self.write("own.vcf", BOB.replace("UID:bob", "UID:rob").replace("TEL:2", "TEL:3"))
+        self.assertIn("Restored 2 contacts to", self.run_host("trash", "restore", "--all", "--into", book).out)
+        self.assertEqual([], self.listed())
+        self.assertEqual(["Bob", "Ann Barrow", "Bob"], self.names(book))
+
+    def test_a_filter_that_nobody_passes_says_so(self):
+        self.trash()
+        self.assertIn("None of them", self.run_host("trash", "list", "--where", "nobody").out)
+        self.assertNotIn("None of them", self.run_host("trash", "list", "--where", "ann").out)
+        self.assertEqual([], self.listed("--where", "nobody"))
+
     def test_memberships_of_groups_that_are_gone_are_told(self):
         self.trash()
         self.run_host("books", "add", "--new", "Other")
