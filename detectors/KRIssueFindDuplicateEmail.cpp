@@ -10,9 +10,9 @@ KRRef<KRIssueContext> KRIssueFindDuplicateEmail::find(const KRPersonList* person
       [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
         bool isRepeated = false;
         seen.empty();
-        person.readEntries(KROrdinal::Email, hold, [&](const KREntryView& entry) {
-          if (entry.text.isNothing()) return true;
-          isRepeated = seen.placeOrAdd(entry.text) != KRSeenValues<KRText>::kNew;
+        person.readTexts(KROrdinal::Email, hold, [&](KRText text) {
+          if (text.isNothing()) return true;
+          isRepeated = seen.placeOrAdd(text) != KRSeenValues<KRText>::kNew;
           return !isRepeated;
         });
         if (!isRepeated) return {};

@@ -15,14 +15,14 @@ class Repeated {
     seen_.empty();
     isListed_.clear();
     KRStringList numbers;
-    person.readEntries(KROrdinal::Phone, hold, [&](const KREntryView& entry) {
-      if (entry.text.isNothing()) return true;
-      const size_t place = seen_.placeOrAdd(entry.text);
+    person.readTexts(KROrdinal::Phone, hold, [&](KRText text) {
+      if (text.isNothing()) return true;
+      const size_t place = seen_.placeOrAdd(text);
       if (place == KRSeenValues<KRText>::kNew) {
         isListed_.push_back(false);
       } else if (!isListed_[place]) {
         isListed_[place] = true;
-        numbers.emplace_back(entry.text);
+        numbers.emplace_back(text);
       }
       return true;
     });

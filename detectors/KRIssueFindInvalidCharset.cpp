@@ -28,8 +28,8 @@ bool isValidPhone(KRText phone) {
 
 KRStringList invalidEmails(const IKRPerson& person, KRHold& hold) {
   KRStringList invalid;
-  person.readEntries(KROrdinal::Email, hold, [&](const KREntryView& entry) {
-    if (!entry.text.isNothing() && !entry.text.contains('@')) invalid.emplace_back(entry.text);
+  person.readTexts(KROrdinal::Email, hold, [&](KRText text) {
+    if (!text.isNothing() && !text.contains('@')) invalid.emplace_back(text);
     return true;
   });
   return invalid;
@@ -37,8 +37,8 @@ KRStringList invalidEmails(const IKRPerson& person, KRHold& hold) {
 
 KRStringList invalidPhones(const IKRPerson& person, KRHold& hold) {
   KRStringList invalid;
-  person.readEntries(KROrdinal::Phone, hold, [&](const KREntryView& entry) {
-    if (!isValidPhone(entry.text)) invalid.emplace_back(entry.text);
+  person.readTexts(KROrdinal::Phone, hold, [&](KRText text) {
+    if (!isValidPhone(text)) invalid.emplace_back(text);
     return true;
   });
   return invalid;

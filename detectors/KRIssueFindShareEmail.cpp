@@ -14,8 +14,8 @@ bool holds(const KRStringList& emails, KRText email) {
 KRStringList emailsOf(const IKRPerson& person) {
   KRStringList emails;
   KRHold hold;
-  person.readEntries(KROrdinal::Email, hold, [&](const KREntryView& entry) {
-    if (!entry.text.isNothing()) emails.emplace_back(entry.text);
+  person.readTexts(KROrdinal::Email, hold, [&](KRText text) {
+    if (!text.isNothing()) emails.emplace_back(text);
     return true;
   });
   return emails;

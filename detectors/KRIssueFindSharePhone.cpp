@@ -35,8 +35,8 @@ KRRef<KRIssueContext> KRIssueFindSharePhone::find1(const KRPersonList* persons, 
   for (size_t i = 0; i < persons->count(); ++i) {
     IKRPerson* person = persons->at(i);
     KRHold hold;
-    person->readEntries(KROrdinal::Phone, hold, [&](const KREntryView& entry) {
-      if (!entry.text.isNothing()) lookFor(person, KRString(entry.text));
+    person->readTexts(KROrdinal::Phone, hold, [&](KRText text) {
+      if (!text.isNothing()) lookFor(person, KRString(text));
       return true;
     });
     progress(krPercent(i, persons->count()));
@@ -58,8 +58,8 @@ bool KRIssueFindSharePhone::personHasPhone(const IKRPerson* person, const KRStri
   if (person == nullptr) return false;
   bool found = false;
   KRHold hold;
-  person->readEntries(KROrdinal::Phone, hold, [&](const KREntryView& entry) {
-    found = sameText(entry.text, phone);
+  person->readTexts(KROrdinal::Phone, hold, [&](KRText text) {
+    found = sameText(text, phone);
     return !found;
   });
   return found;

@@ -42,8 +42,8 @@ void KRSharedValues::collect(const KRPersonList& persons, const KRProgress& prog
     ahead.reach(i);
     const IKRPerson& person = *persons.at(i);
     const bool isOrganization = person.isOrganization();
-    person.readEntries(property_, hold_, [&](const KREntryView& entry) {
-      if (!entry.text.isNothing()) read(entry.text, isOrganization, i);
+    person.readTexts(property_, hold_, [&](KRText text) {
+      if (!text.isNothing()) read(text, isOrganization, i);
       return true;
     });
     progress(static_cast<double>(static_cast<float>(i) / static_cast<float>(persons.count()) * 70.0F));

@@ -10,6 +10,7 @@
 #include "contacts/vcard/KRVCardIdentity.h"
 #include "contacts/vcard/KRVCardReader.h"
 #include "contacts/vcard/KRVCardText.h"
+#include "platform/KRCellPool.h"
 #include "platform/KRTransliteration.h"
 
 static_assert(kKROrdinalCount + 4 <= 32, "the rows of a record are looked up in a map of 32 bits");
@@ -22,6 +23,12 @@ constexpr uint8_t row(KROrdinal property) noexcept {
 
 constexpr uint32_t bit(KROrdinal property) noexcept {
   return 1U << row(property);
+}
+
+/// Where persons lie; never destroyed, since some may live as long as the process.
+KRCellPool& cells() {
+  static auto& pool = *new KRCellPool;
+  return pool;
 }
 
 }  // namespace
@@ -54,6 +61,32 @@ struct ABPerson::Side {
   KRString ID;
   std::vector<KRRef<KRGroup>> groups;
 };
+
+// The address sanitizer is to see each person by itself.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KR_PERSONS_APART
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define KR_PERSONS_APART
+#endif
+
+void* ABPerson::operator new(size_t size) {
+  static_assert(sizeof(ABPerson) <= KRCellPool::kCellSize, "a person takes one line of the processor's cache");
+#ifdef KR_PERSONS_APART
+  return ::operator new(size);
+#else
+  return size == sizeof(ABPerson) ? cells().take() : ::operator new(size);
+#endif
+}
+
+void ABPerson::operator delete(void* room, size_t size) noexcept {
+#ifdef KR_PERSONS_APART
+  ::operator delete(room, size);
+#else
+  size == sizeof(ABPerson) ? cells().give(room) : ::operator delete(room, size);
+#endif
+}
 
 ABPerson::ABPerson() {
   side().ID = KRPersonIDs::newIdentifier();
@@ -287,6 +320,12 @@ bool ABPerson::isOrganization() const {
   return IKRPerson::isOrganization();
 }
 
+bool ABPerson::hasEntryRows(KROrdinal property) const noexcept {
+  if (!record_.has(row(property))) return false;
+  const KRProperty& descriptor = *KRProperty::propertyWithOrdinal(property);
+  return descriptor.isMultiple() || descriptor.valueType() == KRValueType::TextList;
+}
+
 KRText ABPerson::readText(KROrdinal property, KRHold& hold) const {
   if (isStored(property)) return IKRPerson::readText(property, hold);
   const KRCardRow* place = record_.find(row(property));
@@ -298,10 +337,14 @@ KRText ABPerson::readText(KROrdinal property, KRHold& hold) const {
 KRNameView ABPerson::readName(KRHold& hold) const {
   if (isStored(KROrdinal::Name)) return IKRPerson::readName(hold);
   KRNameView name;
-  name.first = record_.view(static_cast<uint8_t>(KRCardPart::FirstName));
-  name.middle = record_.view(static_cast<uint8_t>(KRCardPart::MiddleName));
-  name.last = record_.view(static_cast<uint8_t>(KRCardPart::LastName));
-  name.isPresent = !name.first.isNothing() || !name.middle.isNothing() || !name.last.isNothing();
+  // Parts are the last rows, the first name before the others.
+  const std::span<const KRCardRow> rows = record_.rows();
+  for (auto part = rows.rbegin(); part != rows.rend() && part->isPart(); ++part) {
+    if (part->is(KRCardPart::FirstName)) name.first = record_.view(*part);
+    if (part->is(KRCardPart::MiddleName)) name.middle = record_.view(*part);
+    if (part->is(KRCardPart::LastName)) name.last = record_.view(*part);
+  }
+  name.isPresent = record_.has(KROrdinal::Name);
   return name;
 }
 
@@ -310,9 +353,7 @@ void ABPerson::readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visi
     IKRPerson::readEntries(property, hold, visitor);
     return;
   }
-  if (!record_.has(row(property))) return;
-  const KRProperty& descriptor = *KRProperty::propertyWithOrdinal(property);
-  if (!descriptor.isMultiple() && descriptor.valueType() != KRValueType::TextList) return;
+  if (!hasEntryRows(property)) return;
   krForRows(record_, property, [&](const KRCardRow& entry, std::span<const KRCardRow> details) {
     KREntryView view;
     view.label = krLabelOf(record_, entry);
@@ -334,11 +375,20 @@ void ABPerson::readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visi
   });
 }
 
+void ABPerson::readTexts(KROrdinal property, KRHold& hold, KRTextVisitor visitor) const {
+  // An address has no text, and its rows stand for something else.
+  if (isStored(property) || property == KROrdinal::Address) return IKRPerson::readTexts(property, hold, visitor);
+  if (!hasEntryRows(property)) return;
+  const KRCardRow* end = record_.rows().data() + record_.rows().size();
+  for (const KRCardRow* entry = record_.find(row(property)); entry != end; ++entry) {
+    if (entry->isDetail()) continue;
+    if (entry->what != row(property) || !visitor(record_.view(*entry))) return;
+  }
+}
+
 size_t ABPerson::entryCount(KROrdinal property) const {
   if (isStored(property)) return IKRPerson::entryCount(property);
-  if (!record_.has(row(property))) return 0;
-  const KRProperty& descriptor = *KRProperty::propertyWithOrdinal(property);
-  if (!descriptor.isMultiple() && descriptor.valueType() != KRValueType::TextList) return 0;
+  if (!hasEntryRows(property)) return 0;
   size_t count = 0;
   krForRows(record_, property, [&](const KRCardRow&, std::span<const KRCardRow>) { return ++count != 0; });
   return count;

@@ -200,6 +200,10 @@ void IKRPerson::readEntries(KROrdinal property, KRHold& hold, KREntryVisitor vis
   krReadEntries(hold.keep(valueByPropertyName(nameOf(property))), hold, visitor);
 }
 
+void IKRPerson::readTexts(KROrdinal property, KRHold& hold, KRTextVisitor visitor) const {
+  readEntries(property, hold, [&](const KREntryView& entry) { return visitor(entry.text); });
+}
+
 size_t IKRPerson::entryCount(KROrdinal property) const {
   return krEntryCount(valueByPropertyName(nameOf(property)).get());
 }

@@ -89,6 +89,8 @@ class IKRPerson : public KRObject {
   /// Hands out the entries of a multiple value in order, until the visitor answers false; the tags of a person likewise
   /// as texts. Does nothing when the person holds no such value.
   virtual void readEntries(KROrdinal property, KRHold& hold, KREntryVisitor visitor) const;
+  /// The `text` of each of the same entries, for who wants nothing else.
+  virtual void readTexts(KROrdinal property, KRHold& hold, KRTextVisitor visitor) const;
   /// Number of entries of a multiple value; 0 when there is none.
   virtual size_t entryCount(KROrdinal property) const;
   /// `companyName` as a view: nothing or empty when there is none.

@@ -4,7 +4,6 @@ KRCardRecord::KRCardRecord(const KRCardRecord& other) noexcept
     : slab_(other.slab_),
       offset_(other.offset_),
       rowCount_(other.rowCount_),
-      decodedSize_(other.decodedSize_),
       cardSize_(other.cardSize_),
       present_(other.present_) {
   if (slab_ != nullptr) slab_->retain();

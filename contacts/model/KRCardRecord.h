@@ -1,6 +1,8 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -46,7 +48,10 @@ struct KRCardRow {
   uint32_t offset;
   uint32_t size;
 
+  constexpr bool is(KRCardPart part) const noexcept { return what == static_cast<uint8_t>(part); }
   constexpr bool isDetail() const noexcept { return what >= static_cast<uint8_t>(KRCardPart::AddressField); }
+  /// A part of the name or the identifier.
+  constexpr bool isPart() const noexcept { return what >= kKROrdinalCount && !isDetail(); }
 };
 
 /// The bytes of one record, counted and immutable: its table of rows, the text that had to be decoded, and the card's
@@ -58,17 +63,14 @@ class KRCardRecord {
  public:
   /// No rows, no card.
   KRCardRecord() noexcept = default;
-  /// Takes over one reference to the block. From `offset` (a multiple of four) on it holds `rowCount` rows,
-  /// `decodedSize` bytes of decoded text and `cardSize` bytes of the card; `present` has a bit for each number that a
-  /// row has.
-  KRCardRecord(KRSlab* slab, uint32_t offset, uint32_t rowCount, uint32_t decodedSize, uint32_t cardSize,
-               uint32_t present) noexcept
-      : slab_(slab),
-        offset_(offset),
-        rowCount_(rowCount),
-        decodedSize_(decodedSize),
-        cardSize_(cardSize),
-        present_(present) {}
+  /// Bytes of the number that stands in front of the rows: how many bytes of decoded text there are. It is not in the
+  /// record itself, so that a person takes one line of the processor's cache.
+  static constexpr uint32_t kHeadSize = sizeof(uint32_t);
+  /// Takes over one reference to the block. From `offset` (a multiple of four, and at least `kHeadSize`) on it holds
+  /// `rowCount` rows, the decoded text and `cardSize` bytes of the card, and before them the size of the decoded text;
+  /// `present` has a bit for each number that a row has.
+  KRCardRecord(KRSlab* slab, uint32_t offset, uint32_t rowCount, uint32_t cardSize, uint32_t present) noexcept
+      : slab_(slab), offset_(offset), rowCount_(rowCount), cardSize_(cardSize), present_(present) {}
   KRCardRecord(const KRCardRecord& other) noexcept;
   KRCardRecord(KRCardRecord&& other) noexcept { swap(other); }
   KRCardRecord& operator=(KRCardRecord other) noexcept {
@@ -81,7 +83,10 @@ class KRCardRecord {
 
   std::span<const KRCardRow> rows() const noexcept { return {reinterpret_cast<const KRCardRow*>(bytes()), rowCount_}; }
   /// The card's own bytes; no bytes for a record that no card stands behind.
-  std::string_view card() const noexcept { return {bytes() + rowCount_ * sizeof(KRCardRow) + decodedSize_, cardSize_}; }
+  std::string_view card() const noexcept {
+    if (slab_ == nullptr) return {};
+    return {bytes() + rowCount_ * sizeof(KRCardRow) + decodedSize(), cardSize_};
+  }
 
   /// Whether there is a row of that number (below 32). Constant time.
   bool has(uint8_t what) const noexcept { return (present_ >> what & 1U) != 0; }
@@ -107,7 +112,8 @@ class KRCardRecord {
     constexpr size_t kLines = 6;
     for (size_t i = 0; i < kLines; ++i) krPrefetch(bytes() + i * kLine);
   }
-  /// The same for the first row of a property alone; when that has come, for its text.
+  /// The same for the first row of a property alone (the last of the name's, which stand last); when that has come, for
+  /// its text.
   void prefetchRow(KROrdinal property) const noexcept {
     if (!has(property)) return;
     krPrefetch(property == KROrdinal::Name ? rows().data() + rowCount_ - 1
@@ -116,7 +122,7 @@ class KRCardRecord {
   void prefetchText(KROrdinal property) const noexcept {
     if (!has(property)) return;
     const KRCardRow* row =
-        property == KROrdinal::Name ? rows().data() + rowCount_ - 1 : find(static_cast<uint8_t>(property));
+        property == KROrdinal::Name ? firstOfPart(firstPart()) : firstOf(static_cast<uint8_t>(property));
     krPrefetch(bytes() + row->offset);
   }
   /// The text of a row, as a view that is valid as long as the block lives.
@@ -134,7 +140,6 @@ class KRCardRecord {
     std::swap(slab_, other.slab_);
     std::swap(offset_, other.offset_);
     std::swap(rowCount_, other.rowCount_);
-    std::swap(decodedSize_, other.decodedSize_);
     std::swap(cardSize_, other.cardSize_);
     std::swap(present_, other.present_);
   }
@@ -152,6 +157,10 @@ class KRCardRecord {
     while (row->what != what) ++row;
     return row;
   }
+  /// The lowest part that there is; for a record that has one.
+  uint8_t firstPart() const noexcept {
+    return static_cast<uint8_t>(kKROrdinalCount + std::countr_zero(present_ >> kKROrdinalCount));
+  }
   /// Parts are the last rows, and few.
   const KRCardRow* firstOfPart(uint8_t what) const noexcept {
     const KRCardRow* first = rows().data();
@@ -160,12 +169,16 @@ class KRCardRecord {
     while (row != first && row[-1].what == what) --row;
     return row;
   }
+  uint32_t decodedSize() const noexcept {
+    uint32_t size;
+    std::memcpy(&size, bytes() - kHeadSize, sizeof size);
+    return size;
+  }
   const char* bytes() const noexcept { return slab_ == nullptr ? nullptr : slab_->bytes() + offset_; }
 
   KRSlab* slab_ = nullptr;
   uint32_t offset_ = 0;
   uint32_t rowCount_ = 0;
-  uint32_t decodedSize_ = 0;
   uint32_t cardSize_ = 0;
   uint32_t present_ = 0;
 };

@@ -70,19 +70,22 @@ struct KREntryView {
   const KRAddressView* address = nullptr;
 };
 
-/// A borrowed function that is called with one entry after the other; a false answer ends the walk.
-class KREntryVisitor {
+/// A borrowed function that is called with one view after the other; a false answer ends the walk.
+template <class View>
+class KRVisitor {
  public:
   template <class Function>
-  requires(!std::is_same_v<Function, KREntryVisitor>) KREntryVisitor(const Function& function)
+  requires(!std::is_same_v<Function, KRVisitor>) KRVisitor(const Function& function)
   noexcept
-      : function_(std::addressof(function)), call_([](const void* object, const KREntryView& entry) -> bool {
-          return (*static_cast<const Function*>(object))(entry);
+      : function_(std::addressof(function)), call_([](const void* object, const View& view) -> bool {
+          return (*static_cast<const Function*>(object))(view);
         }) {}
 
-  bool operator()(const KREntryView& entry) const { return call_(function_, entry); }
+  bool operator()(const View& view) const { return call_(function_, view); }
 
  private:
   const void* function_;
-  bool (*call_)(const void*, const KREntryView&);
+  bool (*call_)(const void*, const View&);
 };
+using KREntryVisitor = KRVisitor<KREntryView>;
+using KRTextVisitor = KRVisitor<KRText>;

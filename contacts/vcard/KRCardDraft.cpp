@@ -61,8 +61,10 @@ KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
   const auto rowsSize = static_cast<uint32_t>(rowCount * sizeof(KRCardRow));
   const auto decodedSize = static_cast<uint32_t>(decoded_.size());
   const auto cardSize = static_cast<uint32_t>(card.size());
-  const KRCardSlabs::Room room = slabs.take(rowsSize + decodedSize + cardSize);
-  char* bytes = room.slab->bytes() + room.offset;
+  const KRCardSlabs::Room room = slabs.take(KRCardRecord::kHeadSize + rowsSize + decodedSize + cardSize);
+  const uint32_t offset = room.offset + KRCardRecord::kHeadSize;
+  char* bytes = room.slab->bytes() + offset;
+  std::memcpy(bytes - KRCardRecord::kHeadSize, &decodedSize, KRCardRecord::kHeadSize);
   const auto write = [&](KRCardRow row, uint32_t at) {
     row.offset += rowsSize + ((row.size & kDecoded) != 0 ? 0 : decodedSize);
     row.size &= ~kDecoded;
@@ -77,5 +79,5 @@ KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
   for (const Detail& detail : details_) write(detail.row, places_[detail.entry]++);
   if (decodedSize != 0) std::memcpy(bytes + rowsSize, decoded_.data(), decodedSize);
   std::memcpy(bytes + rowsSize + decodedSize, card.data(), cardSize);
-  return {room.slab, room.offset, rowCount, decodedSize, cardSize, present_};
+  return {room.slab, offset, rowCount, cardSize, present_};
 }

@@ -54,6 +54,40 @@ TEST(ABPerson, ReadsTheSameFromItsCardAndFromItsValues) {
   }
 }
 
+/// The texts of a property's entries, read with everything else and read alone.
+std::pair<std::vector<std::string>, std::vector<std::string>> textsOf(const IKRPerson& person, KROrdinal property) {
+  std::pair<std::vector<std::string>, std::vector<std::string>> texts;
+  const auto shown = [](KRText text) { return text.isNothing() ? std::string("-") : std::string(text.view()); };
+  KRHold hold;
+  person.readEntries(property, hold, [&](const KREntryView& entry) {
+    texts.first.push_back(shown(entry.text));
+    return true;
+  });
+  person.readTexts(property, hold, [&](KRText text) {
+    texts.second.push_back(shown(text));
+    return true;
+  });
+  return texts;
+}
+
+TEST(ABPerson, ReadsTheTextsOfEntriesAlone) {
+  const std::string label(300, 'x');
+  const auto person = personOf("BEGIN:VCARD\r\nVERSION:3.0\r\nN:Lee;Bo;;;\r\nTEL;TYPE=" + label +
+                               ":1\r\nTEL:2\r\nitem1.TEL:3\r\nitem1.X-ABLabel:" + label +
+                               "\r\nEMAIL:a@b\r\nADR:;;Street;City;;;Land\r\nIMPP:xmpp:me\r\nCATEGORIES:a,b\r\n"
+                               "URL:u\r\nEND:VCARD\r\n");
+  ASSERT_TRUE(person);
+  for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
+    const auto [entries, texts] = textsOf(*person, property->ordinal());
+    EXPECT_EQ(texts, entries) << property->name().view();
+  }
+  EXPECT_EQ(textsOf(*person, KROrdinal::Phone).second, (std::vector<std::string>{"1", "2", "3"}));
+  size_t seen = 0;
+  KRHold hold;
+  person->readTexts(KROrdinal::Phone, hold, [&](KRText) { return ++seen < 2; });
+  EXPECT_EQ(seen, 2U);
+}
+
 TEST(ABPerson, AnswersTheSameStoredValueEachTime) {
   const auto person = richPerson();
   for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
