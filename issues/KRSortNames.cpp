@@ -1,9 +1,12 @@
 #include "issues/KRSortNames.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <typeinfo>
 
 #include "contacts/model/ABPerson.h"
+#include "contacts/model/KRObjectPersonName.h"
 #include "platform/KRCaseFolding.h"
 #include "platform/KRTransliteration.h"
 
@@ -12,41 +15,15 @@ namespace {
 /// The first eight bytes as a number that compares as they do; a shorter text is filled with zeros.
 uint64_t numberOf(std::string_view text) noexcept {
   uint64_t number = 0;
-  for (size_t i = 0; i < sizeof number; ++i) {
-    number = (number << 8U) | (i < text.size() ? static_cast<unsigned char>(text[i]) : 0U);
-  }
-  return number;
-}
-
-bool isAscii(std::string_view text) noexcept {
-  return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
-}
-
-/// Appends the displayed name of a record when it is plain ASCII, as most are; false for any other.
-bool appendAsciiName(std::string& to, const IKRPerson& person, KRHold& hold) {
-  // What other classes display is their own affair.
-  if (typeid(person) != typeid(ABPerson)) return false;
-  const KRNameView name = person.readName(hold);
-  const size_t start = to.size();
-  for (const KRText part : {name.first, name.middle, name.last}) {
-    if (part.isEmpty()) continue;
-    if (!isAscii(part.view())) {
-      to.resize(start);
-      return false;
-    }
-    if (to.size() > start) to += ' ';
-    to += part.view();
-  }
-  return true;
-}
-
-KRString sortName(const IKRPerson& person) {
-  KRString name = person.nameChineesPinyin();
-  if (name.isNothing()) name = person.displayName();
-  return name.isNothing() ? ""_kr : name;
+  std::memcpy(&number, text.data(), std::min(text.size(), sizeof number));
+  return std::endian::native == std::endian::little ? __builtin_bswap64(number) : number;
 }
 
 }  // namespace
+
+bool KRSortNames::isRecord(const IKRPerson& person) noexcept {
+  return typeid(person) == typeid(ABPerson);
+}
 
 void KRSortNames::reserve(size_t count) {
   starts_.reserve(count);
@@ -55,12 +32,15 @@ void KRSortNames::reserve(size_t count) {
 
 void KRSortNames::appendName(const IKRPerson& person) {
   hold_.empty();
-  const size_t start = names_.size();
-  if (appendAsciiName(names_, person, hold_)) {
-    krMandarinLatinKeyInPlace(names_, start);
-  } else {
-    names_ += krCaselessKey(sortName(person)).view();
+  if (isRecord(person)) {
+    const KRNameView name = person.readName(hold_);
+    shown_.clear();
+    KRObjectPersonName::appendDisplayString(shown_, name.first, name.middle, name.last);
+    if (krAppendMandarinLatinKey(names_, std::string_view(shown_))) return;
   }
+  KRString name = person.nameChineesPinyin();
+  if (name.isNothing()) name = person.displayName();
+  names_ += krCaselessKey(name).view();
 }
 
 void KRSortNames::add(const IKRPerson& person) {

@@ -13,6 +13,10 @@
 /// numbers, so that most comparisons need not look at the text.
 class KRSortNames {
  public:
+  /// Whether the person's name is read from its record; what classes derived from that of records display is their own
+  /// affair.
+  static bool isRecord(const IKRPerson& person) noexcept;
+
   void reserve(size_t count);
   /// Adds the next person; places are counted from 0 in the order of adding.
   void add(const IKRPerson& person);
@@ -33,6 +37,8 @@ class KRSortNames {
   std::string_view rest(const Key& key) const noexcept;
 
   KRHold hold_;
+  /// The displayed name of the person being added.
+  std::string shown_;
   std::string names_;
   /// Where each name begins.
   std::vector<size_t> starts_;

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <string>
 #include <utility>
 
+#include "platform/KRCaseFolding.h"
 #include "platform/KRHanReading.h"
 #include "platform/KRICU.h"
 
@@ -61,10 +63,6 @@ class Spacing {
 
 char upperAscii(char c) noexcept {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-char lowerAscii(char c) noexcept {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 /// The result for plain ASCII, which needs no memory but the result's own.
@@ -234,11 +232,16 @@ class FirstAlphabets {
   bool isGood_ = false;
 };
 
+const FirstAlphabets& firstAlphabets() {
+  static const auto* const alphabets = new FirstAlphabets;
+  return *alphabets;
+}
+
 /// The result of spaced characters that are Chinese, ASCII or of the first alphabets; nothing when there is another
 /// one.
 std::optional<std::string> quickResult(std::u32string_view characters) {
-  static const auto* const alphabets = new FirstAlphabets;
-  if (!alphabets->isGood()) return std::nullopt;
+  const FirstAlphabets& alphabets = firstAlphabets();
+  if (!alphabets.isGood()) return std::nullopt;
   std::string result;
   result.reserve(characters.size() * 4);
   for (size_t i = 0; i < characters.size(); ++i) {
@@ -246,7 +249,7 @@ std::optional<std::string> quickResult(std::u32string_view characters) {
     if (character < 0x80) {
       result += upperAscii(static_cast<char>(character));
     } else if (character < FirstAlphabets::kEnd) {
-      result += alphabets->result(character);
+      result += alphabets.result(character);
     } else {
       const std::string_view reading = readingAt(characters, i);
       if (reading.empty()) return std::nullopt;
@@ -254,6 +257,112 @@ std::optional<std::string> quickResult(std::u32string_view characters) {
     }
   }
   return result;
+}
+
+/// What sorting needs to know of a character.
+struct SortKey {
+  /// The caseless key of the character's result.
+  std::array<char, 8> bytes = {};
+  uint8_t size = 0;
+  Traits traits;
+};
+
+constexpr auto kAsciiKeys = [] {
+  std::array<SortKey, 128> table = {};
+  for (size_t c = 0; c < table.size(); ++c) {
+    const bool isUpper = c >= 'A' && c <= 'Z';
+    table[c] = {{static_cast<char>(isUpper ? c + 'a' - 'A' : c)}, 1, kAsciiTraits[c]};
+  }
+  return table;
+}();
+
+/// That of the other characters of the first alphabets.
+class FirstKeys {
+ public:
+  static constexpr char32_t kEnd = FirstAlphabets::kEnd;
+
+  FirstKeys() {
+    const FirstAlphabets& alphabets = firstAlphabets();
+    isGood_ = alphabets.isGood();
+    for (char32_t character = 0x80; character < kEnd && isGood_; ++character) {
+      const KRString key = krCaselessKey(alphabets.result(character));
+      SortKey& entry = entries_[character - 0x80];
+      isGood_ = key.view().size() <= entry.bytes.size();
+      if (isGood_) std::copy(key.view().begin(), key.view().end(), entry.bytes.begin());
+      entry.size = static_cast<uint8_t>(key.view().size());
+      entry.traits = traitsOf(character);
+    }
+  }
+
+  /// False when ICU failed.
+  bool isGood() const noexcept { return isGood_; }
+  const SortKey& operator[](char32_t character) const noexcept { return entries_[character - 0x80]; }
+
+ private:
+  std::array<SortKey, kEnd - 0x80> entries_;
+  bool isGood_ = false;
+};
+
+/// The key of a character below `FirstKeys::kEnd`; null when ICU failed.
+const SortKey* firstKey(char32_t character) {
+  if (character < 0x80) return &kAsciiKeys[character];
+  static const auto* const first = new FirstKeys;
+  return first->isGood() ? &(*first)[character] : nullptr;
+}
+
+/// The reading of an ideograph that stands for no other, by what follows it; empty for any other character.
+std::string_view plainReading(char32_t character, std::string_view rest) noexcept {
+  if (mayStandForOthers(character)) return {};
+  std::array<char32_t, 3> following = {character};
+  size_t count = 1;
+  for (size_t at = 0; at < rest.size() && count < following.size();) following[count++] = krNextCodePoint(rest, at);
+  return readingAt(std::u32string_view(following.data(), count), 0);
+}
+
+/// Bytes that the key of so many bytes takes at the most: eight and a space for two of the first alphabets. A few more
+/// are written before it is known how many count.
+constexpr size_t roomFor(size_t size) noexcept {
+  return size * 9 / 2 + 2 * sizeof(SortKey::bytes);
+}
+
+/// Writes the key of a text whose characters are Chinese, ASCII or of the first alphabets; its end, or null when there
+/// is another one.
+char* writeQuickKey(std::string_view text, char* place) {
+  constexpr Traits kIdeograph = {.isLetter = true, .isMark = false, .setsOffLetter = true, .isSetOff = true};
+  Spacing spacing;
+  for (size_t at = 0; at < text.size();) {
+    const char32_t character = krNextCodePoint(text, at);
+    if (character < FirstKeys::kEnd) {
+      const SortKey* key = firstKey(character);
+      if (key == nullptr) return nullptr;
+      *place = ' ';
+      place += spacing.before(key->traits) ? 1 : 0;
+      std::memcpy(place, key->bytes.data(), sizeof key->bytes);
+      place += key->size;
+      continue;
+    }
+    const std::string_view reading = plainReading(character, text.substr(at));
+    if (reading.empty()) return nullptr;
+    *place = ' ';
+    place += spacing.before(kIdeograph) ? 1 : 0;
+    for (const char c : reading) *place++ = static_cast<char>(c | 0x20);
+  }
+  return place;
+}
+
+/// Appends the same; false, with nothing appended, where there is none.
+bool appendQuickKey(std::string& to, std::string_view text) {
+  std::array<char, 512> few;
+  std::string many;
+  char* room = few.data();
+  if (roomFor(text.size()) > few.size()) {
+    many.resize(roomFor(text.size()));
+    room = many.data();
+  }
+  const char* end = writeQuickKey(text, room);
+  if (end == nullptr) return false;
+  to.append(room, static_cast<size_t>(end - room));
+  return true;
 }
 
 /// The result of any spaced characters; nothing when ICU fails.
@@ -288,19 +397,10 @@ KRString krMandarinLatinUpper(KRText text) {
   return result ? KRString::trusted(*result) : KRString();
 }
 
-void krMandarinLatinKeyInPlace(std::string& text, size_t start) {
-  size_t spaces = 0;
-  Spacing counting;
-  for (size_t i = start; i < text.size(); ++i) {
-    spaces += static_cast<size_t>(counting.before(kAsciiTraits[static_cast<unsigned char>(text[i])]));
-    text[i] = lowerAscii(text[i]);
-  }
-  if (spaces == 0) return;
-  const std::string plain = text.substr(start);
-  text.resize(start);
-  Spacing spacing;
-  for (const char c : plain) {
-    if (spacing.before(kAsciiTraits[static_cast<unsigned char>(c)])) text += ' ';
-    text += c;
-  }
+bool krAppendMandarinLatinKey(std::string& to, KRText text) {
+  if (text.isNothing()) return false;
+  if (text.size() <= kKRICULimit / 4 && appendQuickKey(to, text.view())) return true;
+  const KRString capitals = krMandarinLatinUpper(text);
+  to += krCaselessKey(capitals).view();
+  return !capitals.isNothing();
 }

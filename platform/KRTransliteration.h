@@ -15,6 +15,7 @@
 /// Nothing for nothing, and when ICU fails. Thread-safe.
 KRString krMandarinLatinUpper(KRText text);
 
-/// Replaces what stands in `text` from `start` on, which is plain ASCII, by the caseless key (`krCaselessKey`) of its
-/// capitals as above: what a list of many names is sorted by, without memory for each. Thread-safe.
-void krMandarinLatinKeyInPlace(std::string& text, size_t start);
+/// Appends the caseless key (`krCaselessKey`) of the text's capitals as above, by which a list of many names is sorted.
+/// For most names this takes no memory but that of `to`. False, with nothing appended, where there are no such capitals.
+/// Thread-safe.
+bool krAppendMandarinLatinKey(std::string& to, KRText text);

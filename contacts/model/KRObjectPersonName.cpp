@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 #include "contacts/model/KRDecoding.h"
 #include "contacts/model/KRDescribing.h"
@@ -38,17 +39,24 @@ bool isEastAsian(KRText text) {
 
 }  // namespace
 
-KRString KRObjectPersonName::displayString(KRText first, KRText middle, KRText last) {
-  if (first.isEmpty() && middle.isEmpty() && last.isEmpty()) return ""_kr;
+void KRObjectPersonName::appendDisplayString(std::string& to, KRText first, KRText middle, KRText last) {
   // Nearly every name begins with a character of an alphabet, which settles the matter.
-  if (isEastAsian(last) && isEastAsian(first) && isEastAsian(middle)) return krConcat({last, middle, first});
-  std::string shown;
-  shown.reserve(first.size() + middle.size() + last.size() + 2);
+  if (isEastAsian(last) && isEastAsian(first) && isEastAsian(middle)) {
+    for (const KRText part : {last, middle, first}) to += part.view();
+    return;
+  }
+  const size_t start = to.size();
   for (const KRText part : {first, middle, last}) {
     if (part.isEmpty()) continue;
-    if (!shown.empty()) shown += ' ';
-    shown += part.view();
+    if (to.size() > start) to += ' ';
+    to += part.view();
   }
+}
+
+KRString KRObjectPersonName::displayString(KRText first, KRText middle, KRText last) {
+  std::string shown;
+  shown.reserve(first.size() + middle.size() + last.size() + 2);
+  appendDisplayString(shown, first, middle, last);
   return KRString::trusted(shown);
 }
 

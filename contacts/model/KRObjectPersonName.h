@@ -22,6 +22,8 @@ class KRObjectPersonName : public KRObject {
   KRString displayString() const;
   /// The same, for parts that are still views.
   static KRString displayString(KRText first, KRText middle, KRText last);
+  /// Writes it to the end of `to`.
+  static void appendDisplayString(std::string& to, KRText first, KRText middle, KRText last);
 
   bool isEqual(const KRObject* other) const override;
   uint64_t hash() const override;

@@ -92,17 +92,55 @@ TEST(KRTransliteration, PlainTextIsSpacedByTheSameRules) {
   for (const auto& row : kRows) EXPECT_EQ(krMandarinLatinUpper(row.name).view(), row.latin) << row.name;
 }
 
-TEST(KRTransliteration, MakesTheSortingKeyOfPlainTextInPlace) {
+/// The sorting key of a text by what it is made of, one step after the other.
+std::string plainKey(KRText text) {
+  return std::string(krCaselessKey(krMandarinLatinUpper(text)).view());
+}
+
+std::string appendedKey(KRText text) {
+  std::string key = "Kept)";
+  EXPECT_TRUE(krAppendMandarinLatinKey(key, text));
+  EXPECT_TRUE(key.starts_with("Kept)"));
+  return key.substr(5);
+}
+
+TEST(KRTransliteration, AppendsTheSortingKeyOfPlainText) {
   std::mt19937 random(9);
   constexpr std::string_view kCharacters = "aZ ,.)](Bc'9-";
   for (int round = 0; round < 3000; ++round) {
     std::string text;
-    for (size_t i = random() % 12; i > 0; --i) text += kCharacters[random() % kCharacters.size()];
-    std::string key = "Kept)" + text;
-    krMandarinLatinKeyInPlace(key, 5);
-    const KRString capitals = krMandarinLatinUpper(KRText(std::string_view(text)));
-    EXPECT_EQ(key, "Kept)" + std::string(krCaselessKey(capitals).view())) << text;
+    // Long ones too, since the key is written in pieces.
+    for (size_t i = random() % (round % 10 == 0 ? 900 : 12); i > 0; --i)
+      text += kCharacters[random() % kCharacters.size()];
+    const KRString kept{std::string_view(text)};
+    EXPECT_EQ(appendedKey(kept), plainKey(kept)) << text;
   }
+}
+
+TEST(KRTransliteration, AppendsTheSortingKeyOfEveryCharacter) {
+  for (UChar32 point = 1; point <= 0x33FFF; ++point) {
+    if (U_IS_SURROGATE(point)) continue;
+    const KRString text(utf8Of(icu::UnicodeString(point).append(u"王a")));
+    ASSERT_EQ(appendedKey(text), plainKey(text)) << std::hex << point;
+  }
+}
+
+TEST(KRTransliteration, AppendsTheSortingKeyOfMixedText) {
+  std::mt19937 random(31);
+  constexpr std::u32string_view kKinds = U"aZé王藏文重庆沈阳秘鲁3 .(ǅßİΣ\u0301\u0903Ой豈㈱さ김〇\U00020000";
+  for (int round = 0; round < 20000; ++round) {
+    icu::UnicodeString name;
+    for (size_t length = random() % 8; length > 0; --length)
+      name.append(static_cast<UChar32>(kKinds[random() % kKinds.size()]));
+    const KRString text(utf8Of(name));
+    ASSERT_EQ(appendedKey(text), plainKey(text)) << text.view();
+  }
+}
+
+TEST(KRTransliteration, AppendsNoSortingKeyOfNothing) {
+  std::string key = "Kept";
+  EXPECT_FALSE(krAppendMandarinLatinKey(key, KRText()));
+  EXPECT_EQ(key, "Kept");
 }
 
 TEST(KRTransliteration, NothingStaysNothing) {
