@@ -116,7 +116,27 @@ void KRIssueContext::fixAllForProgress(const KRProgress& progress) {
 void KRIssueContext::sort() {
   KRSortNames names;
   names.reserve(objects_.count());
-  KRFindingsAhead(objects_).walk([&](const KRIssueObject& object) { names.add(*object.borrowPersons().first()); });
+  KRFindingsAhead(objects_, KROrdinal::Name).walk([&](const KRIssueObject& object) {
+    names.add(*object.borrowPersons().first());
+    return true;
+  });
+  reorder(names);
+}
+
+bool KRIssueContext::sortRecords() {
+  KRSortNames names;
+  names.reserve(objects_.count());
+  const bool areRecords = KRFindingsAhead(objects_, KROrdinal::Name).walk([&](const KRIssueObject& object) {
+    const IKRPerson& person = *object.borrowPersons().first();
+    if (!KRSortNames::isRecord(person)) return false;
+    names.add(person);
+    return true;
+  });
+  if (areRecords) reorder(names);
+  return areRecords;
+}
+
+void KRIssueContext::reorder(KRSortNames& names) {
   const std::vector<uint32_t> order = names.order();
   if (!order.empty()) objects_.reorder(order);
 }

@@ -11,6 +11,7 @@
 #include "platform/KRProgress.h"
 
 class KRIssueFindResult;
+class KRSortNames;
 class KRIssueHandle;
 
 /// The findings of one issue type. Compared by identity.
@@ -71,8 +72,13 @@ class KRIssueContext : public KRGraphNode {
   /// compared without regard to case. Equal names keep their order. A finding without persons is a programming error
   /// (`KRFatal`).
   void sort();
+  /// The same, unless a first person is no record (`ABPerson`); then nothing happens and the answer is false. Records
+  /// may be read by several threads at once; what persons of other classes can take nobody knows.
+  bool sortRecords();
 
  private:
+  void reorder(KRSortNames& names);
+
   KRAtomic<KRRef<KRIssue>> issue_;
   KRList<KRIssueObject> objects_{*this};
   KREdge<KRIssueFindResult> result_;

@@ -1,7 +1,12 @@
 #include "issues/KRIssueFindControl.h"
 
+#include <thread>
+#include <typeinfo>
+#include <vector>
+
 #include "issues/KRIssueManager.h"
 #include "platform/KRThread.h"
+#include "platform/KRWorkAside.h"
 
 namespace {
 
@@ -13,6 +18,28 @@ std::shared_ptr<KRList<T>> copied(const KRList<T>* list) {
   }
   return copy;
 }
+
+/// Sorts the contexts of a run beside it: what is left for the end are those that only the run's own thread may sort.
+class Sorting {
+ public:
+  /// What a host's own detectors do with their contexts afterwards nobody knows: those are sorted at once.
+  explicit Sorting(bool isBeside) : aside_(isBeside ? std::thread::hardware_concurrency() : 1) {}
+
+  void add(const KRRef<KRIssueContext>& context) {
+    aside_.add([this, context] {
+      if (!context->sortRecords()) left_.push_back(context);
+    });
+  }
+  void finish() {
+    aside_.wait();
+    for (const KRRef<KRIssueContext>& context : left_) context->sort();
+    left_.clear();
+  }
+
+ private:
+  std::vector<KRRef<KRIssueContext>> left_;
+  KRWorkAside aside_;
+};
 
 }  // namespace
 
@@ -72,6 +99,7 @@ void KRIssueFindControl::findThreed([[maybe_unused]] const KRValue& ignored) {
   result->setAddressBook(book);
   // A copy: the host may change its choice while this run goes on.
   const auto issues = KRIssueManager::shareIssueManager().useIssues().copy();
+  Sorting sorting(typeid(*this) == typeid(KRIssueFindControl));
   if (!issues.empty()) {
     const KRPersonList* persons = book ? &book->allPersons() : nullptr;
     // Single precision as everywhere in percentages, so the bands need not add up to 100.
@@ -82,12 +110,16 @@ void KRIssueFindControl::findThreed([[maybe_unused]] const KRValue& ignored) {
       if (const auto detector = detectorForIssue(issue.get())) {
         const auto scaled = [&](double percent) { listener.send(percent / 100.0 * step + base); };
         const auto context = detector->find(persons, scaled);
-        if (context && !context->issueObjects().isEmpty()) result->addContext(context.get());
+        if (context && !context->issueObjects().isEmpty()) {
+          result->addUnsortedContext(context.get());
+          sorting.add(context);
+        }
       }
       base += step;
       listener.send(base);
     }
   }
+  sorting.finish();
   sendEnd(result);
 }
 

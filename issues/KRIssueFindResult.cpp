@@ -21,11 +21,15 @@ void KRIssueFindResult::setContexts(const KRList<KRIssueContext>& contexts) {
 }
 
 void KRIssueFindResult::addContext(KRIssueContext* context) {
+  addUnsortedContext(context);
+  if (context != nullptr) context->sort();
+}
+
+void KRIssueFindResult::addUnsortedContext(KRIssueContext* context) {
   if (context == nullptr) return;
   contexts_.append(context);
   context->setResult(this);
   index_->addAll(context->objects());
-  context->sort();
 }
 
 void KRIssueFindResult::insertContext(KRIssueContext* context, size_t atIndex) {

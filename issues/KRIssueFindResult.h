@@ -41,6 +41,8 @@ class KRIssueFindResult : public KRGraphNode {
   /// Appends the context, makes this its `result`, puts each of its findings into the index under each of its persons,
   /// and then sorts it (written form: `addContext:`). Nothing is ignored.
   void addContext(KRIssueContext* context);
+  /// The same without sorting it, for the run, which leaves that to another thread.
+  void addUnsortedContext(KRIssueContext* context);
   /// Inserts the context before `index`, at the end when that is greater than the count, and makes this its `result`
   /// (written form: `insertContext:atIndex:`). Unlike `addContext` it neither fills the index nor sorts; kept so on
   /// purpose, for hosts that do both themselves.

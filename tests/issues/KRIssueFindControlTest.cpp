@@ -6,7 +6,9 @@
 #include <mutex>
 #include <thread>
 
+#include "contacts/model/ABPerson.h"
 #include "issues/KRIssueManager.h"
+#include "platform/KRCaseFolding.h"
 #include "tests/support/KRFindings.h"
 #include "tests/support/KRPrivatePreferences.h"
 
@@ -209,6 +211,32 @@ TEST_F(KRIssueFindControlTest, HandsOverTheResultOfTheBook) {
   EXPECT_EQ(context->issue().get(), KRIssueManager::shareIssueManager().supportIssueByName(KRIssueBlankName));
   EXPECT_EQ(context->result(), listener->result);
   EXPECT_NE(listener->result->issueObjectsOfPerson(context->allPersons().first()), nullptr);
+}
+
+TEST_F(KRIssueFindControlTest, HandsOverSortedContextsOfRecordsAndOfOthers) {
+  const auto records = krMake<KRAddressBook>("records"_kr, "Records"_kr);
+  for (int i = 0; i < 500; ++i) {
+    const std::string card =
+        "BEGIN:VCARD\r\nVERSION:3.0\r\nN:" + std::to_string(i * 37 % 500) + ";;;;\r\nEND:VCARD\r\n";
+    records->addPersons({ABPerson::initWithVCardRepresentation(KRText(std::string_view(card)))});
+  }
+  book_->addPersons({krNamed("Zoe"), krNamed("Bo")});
+  use({KRIssueIncompleteName, KRIssueBlankName});
+  for (const auto& book : {records, book_}) {
+    const auto result = run(*KRIssueFindControl::initWithAddressBook(book))->result;
+    ASSERT_EQ(result->contexts().count(), 1U);
+    for (KRIssueContext& context : result->contexts()) {
+      const auto found = context.objects().copy();
+      ASSERT_GT(found.size(), 1U);
+      context.sort();
+      EXPECT_EQ(context.objects().copy(), found);
+      for (size_t i = 1; i < found.size(); ++i) {
+        EXPECT_LE(krCompareCaseless(found[i - 1]->persons().first()->displayName(),
+                                    found[i]->persons().first()->displayName()),
+                  0);
+      }
+    }
+  }
 }
 
 TEST_F(KRIssueFindControlTest, WithoutABookItScansNobodyWhateverItWasGiven) {

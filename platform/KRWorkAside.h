@@ -1,0 +1,38 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+/// Pieces of work that are done one after the other on a second thread while the first goes on. On a machine with one
+/// processor, or where the system gives no thread, each is done when it is given: nothing is slower for it.
+///
+/// Used by one thread, which waits for the end of all work before it uses what that made.
+class KRWorkAside {
+ public:
+  /// `processors` says how many there are; by default as many as this process may use.
+  explicit KRWorkAside(unsigned processors = std::thread::hardware_concurrency());
+  /// Waits.
+  ~KRWorkAside();
+  KRWorkAside(const KRWorkAside&) = delete;
+  KRWorkAside& operator=(const KRWorkAside&) = delete;
+
+  /// Takes a piece of work, which does not throw. It is done after all that were given before.
+  void add(std::function<void()> work);
+  /// Waits until all work is done.
+  void wait();
+
+ private:
+  void start();
+  void run();
+
+  const bool hasSecond_;
+  std::thread thread_;
+  std::mutex lock_;
+  std::condition_variable changed_;
+  std::deque<std::function<void()>> waiting_;
+  bool isBusy_ = false;
+  bool isOver_ = false;
+};
