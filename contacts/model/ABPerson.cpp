@@ -337,12 +337,12 @@ KRText ABPerson::readText(KROrdinal property, KRHold& hold) const {
 KRNameView ABPerson::readName(KRHold& hold) const {
   if (isStored(KROrdinal::Name)) return IKRPerson::readName(hold);
   KRNameView name;
-  // Parts are the last rows, the first name before the others.
-  const std::span<const KRCardRow> rows = record_.rows();
-  for (auto part = rows.rbegin(); part != rows.rend() && part->isPart(); ++part) {
-    if (part->is(KRCardPart::FirstName)) name.first = record_.view(*part);
-    if (part->is(KRCardPart::MiddleName)) name.middle = record_.view(*part);
-    if (part->is(KRCardPart::LastName)) name.last = record_.view(*part);
+  // Parts are the first rows.
+  for (const KRCardRow& part : record_.rows()) {
+    if (!part.isPart()) break;
+    if (part.is(KRCardPart::FirstName)) name.first = record_.view(part);
+    if (part.is(KRCardPart::MiddleName)) name.middle = record_.view(part);
+    if (part.is(KRCardPart::LastName)) name.last = record_.view(part);
   }
   name.isPresent = record_.has(KROrdinal::Name);
   return name;

@@ -6,11 +6,22 @@ KRCardRecord::KRCardRecord(const KRCardRecord& other) noexcept
       rowCount_(other.rowCount_),
       cardSize_(other.cardSize_),
       present_(other.present_) {
-  if (slab_ != nullptr) slab_->retain();
+  if (slab_ != nullptr) retain();
+}
+
+void KRCardRecord::retain() const noexcept {
+  slab_->retain();
+  if (KRSlab* card = head().slab; card != nullptr) card->retain();
+}
+
+void KRCardRecord::release() const noexcept {
+  if (KRSlab* card = head().slab; card != nullptr) card->release();
+  slab_->release();
 }
 
 KRString KRCardRecord::text(const KRCardRow& row) const {
-  if (row.size == 0) return ""_kr;
-  if (slab_->capacity() > KRSlab::kSharedCapacity) return KRString(view(row));
-  return KRString::slice(slab_, offset_ + row.offset, row.size);
+  if (row.textSize() == 0) return ""_kr;
+  const Head place = row.isInCard() ? head() : Head{slab_, offset_};
+  if (place.slab->capacity() > KRSlab::kSharedCapacity) return KRString(view(row));
+  return KRString::slice(place.slab, place.offset + row.offset, row.textSize());
 }

@@ -36,6 +36,8 @@ enum class KRCardPart : uint8_t {
 struct KRCardRow {
   /// In `detail` of an entry: it is the main one.
   static constexpr uint8_t kMain = 0x80;
+  /// In `size`: the text stands in the card.
+  static constexpr uint32_t kInCard = 0x80000000U;
   /// In `detail` of the thumbnail: how its text stands for bytes.
   enum ImageForm : uint8_t { Base64 = 1, Plain = 2 };
 
@@ -44,31 +46,44 @@ struct KRCardRow {
   uint8_t detail;
   /// Number of the label's name in `KRLabelTable`; 0 for none.
   uint16_t label;
-  /// Place of the first byte, counted from the start of the record's bytes.
+  /// Place of the first byte, counted from the first row (less than 0, modulo 2^32, before it), of a text in the card
+  /// from the card's first byte.
   uint32_t offset;
+  /// In bytes; with `kInCard` when the text stands in the card.
   uint32_t size;
 
+  constexpr bool isInCard() const noexcept { return (size & kInCard) != 0; }
+  constexpr uint32_t textSize() const noexcept { return size & ~kInCard; }
   constexpr bool is(KRCardPart part) const noexcept { return what == static_cast<uint8_t>(part); }
   constexpr bool isDetail() const noexcept { return what >= static_cast<uint8_t>(KRCardPart::AddressField); }
   /// A part of the name or the identifier.
   constexpr bool isPart() const noexcept { return what >= kKROrdinalCount && !isDetail(); }
 };
 
-/// The bytes of one record, counted and immutable: its table of rows, the text that had to be decoded, and the card's
-/// own bytes as they were read, one after the other in a block that it shares with its neighbours. Copied like a value.
+/// The bytes of one record, counted and immutable, in blocks that it shares with its neighbours. In the one stand its
+/// table of rows and the texts that are looked at most, in the other the card's own bytes as they were read, with all
+/// other texts: what a walk over a large book reads lies close together. Copied like a value.
 ///
-/// Rows of one property stand together, in the card's order, and the properties in the order of their numbers. The
-/// texts of rows are well-formed; the card's own bytes need not be.
+/// Rows of one property stand together, in the card's order: first the parts of the name and the identifier, then the
+/// properties in the order of their numbers. The texts of rows are well-formed; the card's own bytes need not be.
 class KRCardRecord {
  public:
   /// No rows, no card.
   KRCardRecord() noexcept = default;
-  /// Bytes of the number that stands in front of the rows: how many bytes of decoded text there are. It is not in the
-  /// record itself, so that a person takes one line of the processor's cache.
-  static constexpr uint32_t kHeadSize = sizeof(uint32_t);
-  /// Takes over one reference to the block. From `offset` (a multiple of four, and at least `kHeadSize`) on it holds
-  /// `rowCount` rows, the decoded text and `cardSize` bytes of the card, and before them the size of the decoded text;
-  /// `present` has a bit for each number that a row has.
+  /// What stands in front of the rows, so that a person takes one line of the processor's cache: where the card is.
+  struct Head {
+    /// Null when there is no card.
+    KRSlab* slab = nullptr;
+    uint32_t offset = 0;
+  };
+  static constexpr uint32_t kHeadSize = sizeof(KRSlab*) + sizeof(uint32_t);
+  static void write(const Head& head, char* rows) noexcept {
+    std::memcpy(rows - kHeadSize, &head.slab, sizeof head.slab);
+    std::memcpy(rows - sizeof head.offset, &head.offset, sizeof head.offset);
+  }
+  /// Takes over one reference to the block, and that to the card's block which stands in the head. From `offset` (a
+  /// multiple of four) on the block holds `rowCount` rows, before them the head, and before and behind these the texts
+  /// that do not stand in the card; the card has `cardSize` bytes; `present` has a bit for each number that a row has.
   KRCardRecord(KRSlab* slab, uint32_t offset, uint32_t rowCount, uint32_t cardSize, uint32_t present) noexcept
       : slab_(slab), offset_(offset), rowCount_(rowCount), cardSize_(cardSize), present_(present) {}
   KRCardRecord(const KRCardRecord& other) noexcept;
@@ -78,14 +93,13 @@ class KRCardRecord {
     return *this;
   }
   ~KRCardRecord() {
-    if (slab_ != nullptr) slab_->release();
+    if (slab_ != nullptr) release();
   }
 
   std::span<const KRCardRow> rows() const noexcept { return {reinterpret_cast<const KRCardRow*>(bytes()), rowCount_}; }
   /// The card's own bytes; no bytes for a record that no card stands behind.
   std::string_view card() const noexcept {
-    if (slab_ == nullptr) return {};
-    return {bytes() + rowCount_ * sizeof(KRCardRow) + decodedSize(), cardSize_};
+    return cardSize_ == 0 ? std::string_view() : std::string_view(cardBytes(), cardSize_);
   }
 
   /// Whether there is a row of that number (below 32). Constant time.
@@ -99,34 +113,30 @@ class KRCardRecord {
     return property == KROrdinal::Name ? (present_ & kName) != 0 : has(static_cast<uint8_t>(property));
   }
   /// The first row of that number, or null; the others follow it, between them the details of each.
-  const KRCardRow* find(uint8_t what) const noexcept {
-    if (!has(what)) return nullptr;
-    return what < kKROrdinalCount ? firstOf(what) : firstOfPart(what);
-  }
+  const KRCardRow* find(uint8_t what) const noexcept { return has(what) ? firstOf(what) : nullptr; }
   const KRCardRow* find(KRCardPart what) const noexcept { return find(static_cast<uint8_t>(what)); }
 
-  /// Asks the processor for the rows and what stands right behind them.
+  /// Asks the processor for the rows and the texts that stand before them.
   void prefetch() const noexcept {
     if (slab_ == nullptr) return;
     constexpr size_t kLine = 64;
-    constexpr size_t kLines = 6;
-    for (size_t i = 0; i < kLines; ++i) krPrefetch(bytes() + i * kLine);
+    constexpr size_t kLines = 5;
+    constexpr size_t kBefore = 80;
+    for (size_t i = 0; i < kLines; ++i) krPrefetch(bytes() - kBefore + i * kLine);
   }
-  /// The same for the first row of a property alone (the last of the name's, which stand last); when that has come, for
-  /// its text.
+  /// The same for the first row of a property alone; when that has come, for its text.
   void prefetchRow(KROrdinal property) const noexcept {
-    if (!has(property)) return;
-    krPrefetch(property == KROrdinal::Name ? rows().data() + rowCount_ - 1
-                                           : rows().data() + rowsBefore(static_cast<uint8_t>(property)));
+    if (has(property)) krPrefetch(rows().data() + rowsBefore(firstNumber(property)));
   }
   void prefetchText(KROrdinal property) const noexcept {
     if (!has(property)) return;
-    const KRCardRow* row =
-        property == KROrdinal::Name ? firstOfPart(firstPart()) : firstOf(static_cast<uint8_t>(property));
-    krPrefetch(bytes() + row->offset);
+    const KRCardRow* row = firstOf(firstNumber(property));
+    // That of an address stands in its details.
+    const bool isInDetail = row->textSize() == 0 && row + 1 != rows().data() + rowCount_;
+    krPrefetch(textOf(isInDetail ? row[1] : row[0]));
   }
   /// The text of a row, as a view that is valid as long as the block lives.
-  KRText view(const KRCardRow& row) const noexcept { return {bytes() + row.offset, row.size}; }
+  KRText view(const KRCardRow& row) const noexcept { return {textOf(row), row.textSize()}; }
   /// The text of the first row of that number, or nothing.
   KRText view(uint8_t what) const noexcept {
     const KRCardRow* row = find(what);
@@ -150,29 +160,36 @@ class KRCardRecord {
     bits = (bits & 0x33333333U) + (bits >> 2U & 0x33333333U);
     return ((bits + (bits >> 4U)) & 0x0F0F0F0FU) * 0x01010101U >> 24U;
   }
-  /// How many rows stand before those of a number at the least: one for each lower number.
-  uint32_t rowsBefore(uint8_t what) const noexcept { return bitsIn(present_ & ((1U << what) - 1U)); }
+  static constexpr uint32_t kParts = ~uint32_t{0} << kKROrdinalCount;
+  /// How many rows stand before those of a number at the least: one for each number that comes before it.
+  uint32_t rowsBefore(uint8_t what) const noexcept {
+    const uint32_t lower = (1U << what) - 1U;
+    return bitsIn(present_ & (what < kKROrdinalCount ? lower | kParts : lower & kParts));
+  }
   const KRCardRow* firstOf(uint8_t what) const noexcept {
     const KRCardRow* row = rows().data() + rowsBefore(what);
     while (row->what != what) ++row;
     return row;
   }
-  /// The lowest part that there is; for a record that has one.
-  uint8_t firstPart() const noexcept {
-    return static_cast<uint8_t>(kKROrdinalCount + std::countr_zero(present_ >> kKROrdinalCount));
+  /// The number of a property's first row; of the name, which there is, that of its first part.
+  uint8_t firstNumber(KROrdinal property) const noexcept {
+    return static_cast<uint8_t>(property == KROrdinal::Name ? std::countr_zero(present_ & kParts)
+                                                            : static_cast<int>(property));
   }
-  /// Parts are the last rows, and few.
-  const KRCardRow* firstOfPart(uint8_t what) const noexcept {
-    const KRCardRow* first = rows().data();
-    const KRCardRow* row = first + rowCount_ - 1;
-    while (row->what != what) --row;
-    while (row != first && row[-1].what == what) --row;
-    return row;
+  void retain() const noexcept;
+  void release() const noexcept;
+  Head head() const noexcept {
+    Head head;
+    std::memcpy(&head.slab, bytes() - kHeadSize, sizeof head.slab);
+    std::memcpy(&head.offset, bytes() - sizeof head.offset, sizeof head.offset);
+    return head;
   }
-  uint32_t decodedSize() const noexcept {
-    uint32_t size;
-    std::memcpy(&size, bytes() - kHeadSize, sizeof size);
-    return size;
+  const char* cardBytes() const noexcept {
+    const Head head = this->head();
+    return head.slab->bytes() + head.offset;
+  }
+  const char* textOf(const KRCardRow& row) const noexcept {
+    return row.isInCard() ? cardBytes() + row.offset : bytes() + static_cast<int32_t>(row.offset);
   }
   const char* bytes() const noexcept { return slab_ == nullptr ? nullptr : slab_->bytes() + offset_; }
 

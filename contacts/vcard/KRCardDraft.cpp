@@ -30,6 +30,7 @@ void KRCardDraft::start(const char* card, const char* end) noexcept {
   card_ = card;
   end_ = end;
   present_ = 0;
+  nearSize_ = 0;
   decoded_.clear();
   entries_.clear();
   details_.clear();
@@ -47,27 +48,38 @@ KRCardDraft::Place KRCardDraft::copy(std::string_view text) {
 void KRCardDraft::addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place) {
   ++counts_[entries_[entry].what];
   ++places_[entry];
-  const uint32_t mark = place.isDecoded ? kDecoded : 0U;
-  details_.push_back({entry, {static_cast<uint8_t>(what), detail, label, place.offset, place.size | mark}});
+  details_.push_back({entry, {static_cast<uint8_t>(what), detail, label, place.offset, sizeOf(place)}});
 }
 
-KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
-  // Entries are sorted by counting, those of one property keep their order; each leaves room for its details.
+KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs, KRCardSlabs& cards) {
+  // Entries are sorted by counting, those of one property keep their order; each leaves room for its details. Parts
+  // come before properties.
   uint32_t before = 0;
-  for (uint32_t left = present_; left != 0; left &= left - 1) {
-    before += std::exchange(counts_[static_cast<size_t>(std::countr_zero(left))], before);
+  constexpr uint32_t kParts = ~uint32_t{0} << kKROrdinalCount;
+  for (uint32_t left : {present_ & kParts, present_ & ~kParts}) {
+    for (; left != 0; left &= left - 1) {
+      before += std::exchange(counts_[static_cast<size_t>(std::countr_zero(left))], before);
+    }
   }
   const auto rowCount = static_cast<uint32_t>(entries_.size() + details_.size());
   const auto rowsSize = static_cast<uint32_t>(rowCount * sizeof(KRCardRow));
   const auto decodedSize = static_cast<uint32_t>(decoded_.size());
   const auto cardSize = static_cast<uint32_t>(card.size());
-  const KRCardSlabs::Room room = slabs.take(KRCardRecord::kHeadSize + rowsSize + decodedSize + cardSize);
-  const uint32_t offset = room.offset + KRCardRecord::kHeadSize;
+  const uint32_t beforeRows = (nearSize_ + kAlignment - 1) / kAlignment * kAlignment + KRCardRecord::kHeadSize;
+  const KRCardSlabs::Room room = slabs.take(beforeRows + rowsSize + decodedSize);
+  const uint32_t offset = room.offset + beforeRows;
   char* bytes = room.slab->bytes() + offset;
-  std::memcpy(bytes - KRCardRecord::kHeadSize, &decodedSize, KRCardRecord::kHeadSize);
+  // The first of them, mostly the name, stand next to the rows.
+  uint32_t near = KRCardRecord::kHeadSize;
   const auto write = [&](KRCardRow row, uint32_t at) {
-    row.offset += rowsSize + ((row.size & kDecoded) != 0 ? 0 : decodedSize);
-    row.size &= ~kDecoded;
+    if (isKeptNear(row)) {
+      row.size = row.textSize();
+      near += row.size;
+      std::memcpy(bytes - near, card.data() + row.offset, row.size);
+      row.offset = 0U - near;
+    } else if (!row.isInCard()) {
+      row.offset += rowsSize;
+    }
     std::memcpy(bytes + at * sizeof(KRCardRow), &row, sizeof row);
   };
   for (size_t i = 0; i < entries_.size(); ++i) {
@@ -78,6 +90,13 @@ KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs) {
   }
   for (const Detail& detail : details_) write(detail.row, places_[detail.entry]++);
   if (decodedSize != 0) std::memcpy(bytes + rowsSize, decoded_.data(), decodedSize);
-  std::memcpy(bytes + rowsSize + decodedSize, card.data(), cardSize);
+  KRCardRecord::write(kept(card, cards), bytes);
   return {room.slab, offset, rowCount, cardSize, present_};
+}
+
+KRCardRecord::Head KRCardDraft::kept(std::string_view card, KRCardSlabs& cards) {
+  if (card.empty()) return {};
+  const KRCardSlabs::Room room = cards.take(static_cast<uint32_t>(card.size()));
+  std::memcpy(room.slab->bytes() + room.offset, card.data(), card.size());
+  return {room.slab, room.offset};
 }

@@ -69,7 +69,8 @@ class KRCardDraft {
     present_ |= 1U << what;
     ++counts_[what];
     places_.push_back(1);
-    entries_.push_back({what, 0, 0, place.offset, place.size | (place.isDecoded ? kDecoded : 0U)});
+    entries_.push_back({what, 0, 0, place.offset, sizeOf(place)});
+    if (isKeptNear(entries_.back())) nearSize_ += place.size;
     return static_cast<Entry>(entries_.size() - 1);
   }
   Entry add(KROrdinal what, const Place& place) { return add(static_cast<uint8_t>(what), place); }
@@ -84,24 +85,40 @@ class KRCardDraft {
   bool has(KROrdinal what) const noexcept { return has(static_cast<uint8_t>(what)); }
   bool has(KRCardPart what) const noexcept { return has(static_cast<uint8_t>(what)); }
 
-  /// The record: its rows in order, the decoded text, the card's bytes.
-  KRCardRecord finish(std::string_view card, KRCardSlabs& slabs);
+  /// The record: its rows in order with the texts that do not stand in the card, into the first blocks, and the card's
+  /// bytes, into the second.
+  KRCardRecord finish(std::string_view card, KRCardSlabs& slabs, KRCardSlabs& cards);
 
  private:
   struct Detail {
     Entry entry;
     KRCardRow row;
   };
-  static constexpr uint32_t kDecoded = 0x80000000U;
-  /// No text in a card is longer; the highest bit of a size marks decoded text.
-  static constexpr size_t kLongestText = 0x7FFFFFFF;
+  /// No text in a card is longer: the highest bit of a size says where a text stands.
+  static constexpr size_t kLongestText = KRCardRow::kInCard - 1;
+  /// Texts of the card up to this size that walks look at most are copied to the rows.
+  static constexpr uint32_t kLongestNear = 64;
 
+  static constexpr uint32_t sizeOf(const Place& place) noexcept {
+    return place.size | (place.isDecoded ? 0U : KRCardRow::kInCard);
+  }
+  static constexpr bool isKeptNear(const KRCardRow& row) noexcept {
+    constexpr uint32_t kNear =
+        1U << static_cast<uint8_t>(KROrdinal::Phone) | 1U << static_cast<uint8_t>(KROrdinal::Email) |
+        1U << static_cast<uint8_t>(KRCardPart::FirstName) | 1U << static_cast<uint8_t>(KRCardPart::MiddleName) |
+        1U << static_cast<uint8_t>(KRCardPart::LastName);
+    return !row.isDetail() && (kNear >> row.what & 1U) != 0 && row.isInCard() && row.textSize() <= kLongestNear;
+  }
+
+  static KRCardRecord::Head kept(std::string_view card, KRCardSlabs& cards);
   /// Copies a text to the decoded ones; an empty place for one that is too long.
   Place copy(std::string_view text);
 
   const char* card_ = nullptr;
   const char* end_ = nullptr;
   uint32_t present_ = 0;
+  /// Bytes of the texts of the card that are copied to the rows.
+  uint32_t nearSize_ = 0;
   std::string decoded_;
   std::vector<KRCardRow> entries_;
   std::vector<Detail> details_;

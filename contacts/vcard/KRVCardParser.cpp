@@ -390,5 +390,5 @@ KRCardRecord KRVCardParser::finish(std::string_view card) {
   finishName();
   finishOrganisation();
   labels_.finish(draft_);
-  return draft_.finish(card, slabs_);
+  return draft_.finish(card, slabs_, cards_);
 }

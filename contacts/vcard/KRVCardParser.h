@@ -84,6 +84,7 @@ class KRVCardParser {
 
   KRCardDraft draft_;
   KRCardSlabs slabs_;
+  KRCardSlabs cards_;
   KRVCardValueReader values_{draft_};
   const KRVCardLine* line_ = nullptr;
 
