@@ -1,5 +1,8 @@
 #include "detectors/KRPersonKey.h"
 
+#include <algorithm>
+#include <array>
+#include <cstring>
 #include <typeinfo>
 
 #include "contacts/model/ABPerson.h"
@@ -7,6 +10,7 @@
 #include "contacts/model/KRObjectInstantMessage.h"
 #include "contacts/model/KRObjectPersonName.h"
 #include "contacts/model/KRStoredReading.h"
+#include "platform/KRBytes.h"
 
 namespace {
 
@@ -64,8 +68,9 @@ void appendSingle(std::string& to, const KRValue& value, const KRProperty& prope
   }
 }
 
-/// The texts of a property that a person answers by views alone; nothing for none.
-void appendViews(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold) {
+/// The texts of a property that a person answers by views alone; nothing for none. What stands behind `enough` bytes
+/// may be missing: texts that do not count are not looked at.
+void appendViews(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold, size_t enough) {
   const KROrdinal ordinal = property.ordinal();
   if (ordinal == KROrdinal::Name) {
     const KRNameView name = person.readName(hold);
@@ -78,13 +83,14 @@ void appendViews(std::string& to, const IKRPerson& person, const KRProperty& pro
     const KRText text = person.readText(ordinal, hold);
     if (text.isNothing()) return;
     appendStart(to, property.name());
-    append(to, text);
+    if (to.size() < enough) append(to, text);
     return;
   }
   bool isFirst = true;
   person.readEntries(ordinal, hold, [&](const KREntryView& entry) {
     if (isFirst) appendStart(to, property.name());
     isFirst = false;
+    if (to.size() >= enough) return false;
     if (ordinal == KROrdinal::Tags) {
       append(to, {}, entry.text, ",");
       return true;
@@ -143,15 +149,16 @@ void krAppendValue(std::string& to, const KRStoredValue& value, const KRProperty
   }
 }
 
-void krAppendProperty(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold) {
+namespace {
+
+/// One property, of which what stands behind `enough` bytes may be missing.
+void appendProperty(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold, size_t enough) {
   if (person.readsWhole(property.ordinal())) {
-    appendViews(to, person, property, hold);
+    appendViews(to, person, property, hold, enough);
   } else if (const KRStoredValue* value = hold.keep(person.valueByProperty(&property))) {
     krAppendValue(to, *value, property);
   }
 }
-
-namespace {
 
 /// Writes one property after the other until the text has so many bytes; whether all were written.
 bool appendProperties(std::string& to, const IKRPerson& person, KRHold& hold, size_t enough) {
@@ -159,7 +166,7 @@ bool appendProperties(std::string& to, const IKRPerson& person, KRHold& hold, si
   for (const KRProperty* property : KRProperty::StandardPropertyArray()) {
     if (property->ordinal() == KROrdinal::Thumbnail) continue;
     // Most persons hold few properties: those that are not there are passed over in one step each.
-    if (record == nullptr || record->has(property->ordinal())) krAppendProperty(to, person, *property, hold);
+    if (record == nullptr || record->has(property->ordinal())) appendProperty(to, person, *property, hold, enough);
     if (to.size() >= enough) return false;
   }
   return true;
@@ -171,13 +178,99 @@ void appendMark(std::string& to, const IKRPerson& person) {
 
 }  // namespace
 
+void krAppendProperty(std::string& to, const IKRPerson& person, const KRProperty& property, KRHold& hold) {
+  appendProperty(to, person, property, hold, std::string::npos);
+}
+
 void krAppendPersonKey(std::string& to, const IKRPerson& person, KRText digest, KRHold& hold) {
   appendProperties(to, person, hold, std::string::npos);
   to.append(digest.view());
   appendMark(to, person);
 }
 
+namespace {
+
+/// The first bytes of a key, written without asking for room each time; what does not fit is left out.
+class StartWriter {
+ public:
+  static constexpr size_t kMost = 64;
+
+  explicit StartWriter(size_t size) noexcept : size_(size) {}
+
+  bool isFull() const noexcept { return used_ == size_; }
+  std::string_view text() const noexcept { return {bytes_.data(), used_}; }
+
+  template <size_t kSize>
+  void addLabel(const char (&label)[kSize]) noexcept {
+    // There is room for more than counts.
+    std::memcpy(bytes_.data() + used_, label, kSize - 1);
+    used_ = std::min(used_ + kSize - 1, size_);
+  }
+  void add(KRText text) noexcept {
+    if (text.isNothing()) return addLabel("(null)");
+    const size_t count = std::min<size_t>(text.size(), size_ - used_);
+    for (size_t done = 0; done < count; done += sizeof(uint64_t)) {
+      const uint64_t word = krLoadPart(text.data() + done, count - done);
+      std::memcpy(bytes_.data() + used_ + done, &word, sizeof word);
+    }
+    used_ += count;
+  }
+
+ private:
+  std::array<char, kMost + 16> bytes_;
+  const size_t size_;
+  size_t used_ = 0;
+};
+
+/// The phones or else the e-mails, where they come next behind the name; null where something else does.
+const KRProperty* numbersBehindName(const KRCardRecord& record) noexcept {
+  if (!record.has(KROrdinal::Name)) return nullptr;
+  for (const KROrdinal before : {KROrdinal::PhoneticFirstName, KROrdinal::PhoneticMiddleName,
+                                 KROrdinal::PhoneticLastName, KROrdinal::Nickname}) {
+    if (record.has(before)) return nullptr;
+  }
+  for (const KROrdinal next : {KROrdinal::Phone, KROrdinal::Email}) {
+    if (record.has(next)) return KRProperty::propertyWithOrdinal(next);
+  }
+  return nullptr;
+}
+
+/// Writes in few steps what most keys begin with: the name, then phones or e-mails. False, with nothing written, for
+/// keys that go on otherwise before there is enough.
+bool appendUsualStart(std::string& to, const IKRPerson& person, size_t size, KRHold& hold) {
+  const KRCardRecord* record = wholeRecord(person);
+  const KRProperty* next = record != nullptr && size <= StartWriter::kMost ? numbersBehindName(*record) : nullptr;
+  if (next == nullptr) return false;
+  const KRNameView name = person.readName(hold);
+  StartWriter start(size);
+  start.add(KRProperty::propertyWithOrdinal(KROrdinal::Name)->name());
+  start.addLabel(":fisrt:");
+  start.add(name.first);
+  start.addLabel("\tmiddle:");
+  start.add(name.middle);
+  start.addLabel("\tlast:");
+  start.add(name.last);
+  start.addLabel("\t");
+  start.add(next->name());
+  start.addLabel(":");
+  if (!start.isFull()) {
+    person.readEntries(next->ordinal(), hold, [&](const KREntryView& entry) {
+      start.add(entry.label);
+      start.addLabel(":");
+      start.add(entry.text);
+      start.addLabel("\t");
+      return !start.isFull();
+    });
+  }
+  if (!start.isFull()) return false;
+  to.append(start.text());
+  return true;
+}
+
+}  // namespace
+
 void krAppendPersonKeyStart(std::string& to, const IKRPerson& person, size_t size, KRHold& hold) {
+  if (appendUsualStart(to, person, size, hold)) return;
   const size_t end = to.size() + size;
   if (appendProperties(to, person, hold, end)) appendMark(to, person);
   if (to.size() > end) to.resize(end);
