@@ -38,16 +38,14 @@ class Repeated {
 
 KRRef<KRIssueContext> KRIssueFindDuplicatePhone::find(const KRPersonList* persons, const KRProgress& progress) {
   Repeated repeated;
-  return krScanSinglePersons(
-      issue(), persons, progress,
-      [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
-        const KRStringList numbers = repeated.of(person, hold);
-        if (numbers.empty()) return {};
-        KRRef<KRIssueObject> object = objectForPerson(&person);
-        object->setInfo(KRValueList::ofTexts(numbers));
-        return object;
-      },
-      KROrdinal::Phone);
+  return krScanRepeated(issue(), persons, progress, KROrdinal::Phone,
+                        [&](IKRPerson& person, KRHold& hold) -> KRRef<KRIssueObject> {
+                          const KRStringList numbers = repeated.of(person, hold);
+                          if (numbers.empty()) return {};
+                          KRRef<KRIssueObject> object = objectForPerson(&person);
+                          object->setInfo(KRValueList::ofTexts(numbers));
+                          return object;
+                        });
 }
 
 KRRef<KRIssueObject> KRIssueFindDuplicatePhone::objectForPerson(IKRPerson* person) const {

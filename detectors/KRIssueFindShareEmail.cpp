@@ -29,8 +29,10 @@ KRRef<KRIssueContext> KRIssueFindShareEmail::find(const KRPersonList* persons, c
   values.collect(*persons, progress);
   auto context = krMake<KRIssueContext>(issue());
   for (uint32_t key = 0; key < values.keyCount(); ++key) {
-    const KRPersonArray holders = values.holders(key, *persons);
-    if (!holders.isEmpty()) context->addIssueObject(objectForPersons(holders, values.value(key)).get());
+    if (values.mayBeShared(key, *persons)) {
+      const KRPersonArray holders = values.holders(key, *persons);
+      if (!holders.isEmpty()) context->addIssueObject(objectForPersons(holders, values.value(key)).get());
+    }
     progress(70.0);
   }
   if (context->issueObjects().isEmpty()) return {};

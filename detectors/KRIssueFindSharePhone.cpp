@@ -11,8 +11,10 @@ KRRef<KRIssueContext> KRIssueFindSharePhone::find(const KRPersonList* persons, c
   auto context = krMake<KRIssueContext>(issue());
   const auto keyCount = static_cast<float>(values.keyCount());
   for (uint32_t key = 0; key < values.keyCount(); ++key) {
-    const KRPersonArray holders = values.holders(key, *persons);
-    if (!holders.isEmpty()) context->addIssueObject(objectForPersons(holders, values.value(key)).get());
+    if (values.mayBeShared(key, *persons)) {
+      const KRPersonArray holders = values.holders(key, *persons);
+      if (!holders.isEmpty()) context->addIssueObject(objectForPersons(holders, values.value(key)).get());
+    }
     progress(static_cast<double>(70.0F + static_cast<float>(key) / keyCount * 30.0F));
   }
   if (context->issueObjects().isEmpty()) return {};

@@ -114,7 +114,6 @@ KRPersonArray KRSharedValues::all(uint32_t key, const KRPersonList& persons) {
 }
 
 KRPersonArray KRSharedValues::holders(uint32_t key, const KRPersonList& persons) {
-  groups_.prefetchAhead(key, persons);
   if (!groups_.isGroup(key)) return {};
   KRPersonArray all = this->all(key, persons);
   return all.count() > 1 ? all : KRPersonArray();

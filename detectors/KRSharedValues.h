@@ -30,6 +30,12 @@ class KRSharedValues {
   /// The contacts that hold the key's value, each once, in order: all of them, respectively none when fewer than two
   /// do.
   KRPersonArray all(uint32_t key, const KRPersonList& persons);
+  /// False when `holders` answers none for sure; for a walk over the keys in order, which asks for persons that come
+  /// soon.
+  bool mayBeShared(uint32_t key, const KRPersonList& persons) const {
+    groups_.prefetchAhead(key, persons);
+    return groups_.isGroup(key);
+  }
   KRPersonArray holders(uint32_t key, const KRPersonList& persons);
 
   /// The key as text (written form: `KeyString:person:`). Nothing for nothing.

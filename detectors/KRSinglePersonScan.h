@@ -30,17 +30,19 @@ enum class KRScanCount : uint8_t {
 /// reports the progress after each person, whatever came of it. Answers the context, or nothing when it holds no
 /// finding; no list and an empty one have none.
 ///
-/// `property` is the one without which a person has nothing to look at, where there is such a property. What `examine`
-/// reads through the hold is kept until the next person, so persons without findings cost no objects.
+/// `property` is the one without which a person has nothing to look at, where there is such a property; `reach` says
+/// whether its first value is looked at for most persons. What `examine` reads through the hold is kept until the next
+/// person, so persons without findings cost no objects.
 /// The number of persons is read again for every progress value.
 template <class Examine>
 KRRef<KRIssueContext> krScanSinglePersons(const KRRef<KRIssue>& issue, const KRPersonList* persons,
                                           const KRProgress& progress, Examine examine,
                                           std::optional<KROrdinal> property = std::nullopt,
-                                          KRScanCount counted = KRScanCount::FromZero) {
+                                          KRScanCount counted = KRScanCount::FromZero,
+                                          KRPersonAhead::Reach reach = KRPersonAhead::Reach::Value) {
   if (persons == nullptr || persons->isEmpty()) return {};
   auto context = krMake<KRIssueContext>(issue);
-  const KRPersonAhead ahead(*persons, property);
+  const KRPersonAhead ahead(*persons, property, reach);
   KRHold hold;
   for (size_t i = 0; i < persons->count(); ++i) {
     ahead.reach(i);
@@ -50,4 +52,17 @@ KRRef<KRIssueContext> krScanSinglePersons(const KRRef<KRIssue>& issue, const KRP
   }
   if (context->issueObjects().isEmpty()) return {};
   return context;
+}
+
+/// The same for the detectors of values that a person holds more than once: only persons with two or more entries of
+/// the property are examined.
+template <class Examine>
+KRRef<KRIssueContext> krScanRepeated(const KRRef<KRIssue>& issue, const KRPersonList* persons,
+                                     const KRProgress& progress, KROrdinal property, Examine examine) {
+  return krScanSinglePersons(
+      issue, persons, progress,
+      [&](IKRPerson& person, KRHold& hold) {
+        return person.entryCount(property) > 1 ? examine(person, hold) : KRRef<KRIssueObject>();
+      },
+      property, KRScanCount::FromZero, KRPersonAhead::Reach::Places);
 }

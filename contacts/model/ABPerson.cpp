@@ -31,6 +31,24 @@ KRCellPool& cells() {
   return pool;
 }
 
+// The address sanitizer is to see each person by itself.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define KR_PERSONS_APART
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define KR_PERSONS_APART
+#endif
+
+/// Whether a person of that size lies in a cell; those of classes derived from it may not fit.
+constexpr bool isInCell([[maybe_unused]] size_t size) noexcept {
+#ifdef KR_PERSONS_APART
+  return false;
+#else
+  return size == sizeof(ABPerson);
+#endif
+}
+
 }  // namespace
 
 struct ABPerson::Side {
@@ -62,30 +80,13 @@ struct ABPerson::Side {
   std::vector<KRRef<KRGroup>> groups;
 };
 
-// The address sanitizer is to see each person by itself.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KR_PERSONS_APART
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define KR_PERSONS_APART
-#endif
-
 void* ABPerson::operator new(size_t size) {
   static_assert(sizeof(ABPerson) <= KRCellPool::kCellSize, "a person takes one line of the processor's cache");
-#ifdef KR_PERSONS_APART
-  return ::operator new(size);
-#else
-  return size == sizeof(ABPerson) ? cells().take() : ::operator new(size);
-#endif
+  return isInCell(size) ? cells().take() : ::operator new(size);
 }
 
 void ABPerson::operator delete(void* room, size_t size) noexcept {
-#ifdef KR_PERSONS_APART
-  ::operator delete(room, size);
-#else
-  size == sizeof(ABPerson) ? cells().give(room) : ::operator delete(room, size);
-#endif
+  isInCell(size) ? cells().give(room) : ::operator delete(room);
 }
 
 ABPerson::ABPerson() {
