@@ -15,7 +15,7 @@ namespace {
 
 /// So much of a key holds the name and some of what follows.
 constexpr size_t kKeyStart = 56;
-constexpr size_t kAhead = 6;
+constexpr size_t kAhead = 4;
 
 /// A group with the place of its second person, by which groups are ordered.
 struct Found {
@@ -97,8 +97,9 @@ KRPersonGroups groupByKey(const KRPersonList& persons, const std::vector<uint32_
   KRPersonGrouping<decltype(writeKey)> grouping(persons, writeKey);
   grouping.reserve(places.size());
   for (size_t i = 0; i < places.size(); ++i) {
-    if (i + 2 * kAhead < places.size()) krPrefetch(persons.at(places[i + 2 * kAhead]));
-    if (i + kAhead < places.size()) persons.at(places[i + kAhead])->prefetch();
+    if (i + 3 * kAhead < places.size()) krPrefetch(persons.at(places[i + 3 * kAhead]));
+    if (i + 2 * kAhead < places.size()) persons.at(places[i + 2 * kAhead])->prefetch();
+    if (i + kAhead < places.size()) persons.at(places[i + kAhead])->prefetchRest();
     grouping.take(places[i]);
   }
   return grouping.finish();

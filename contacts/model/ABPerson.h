@@ -94,6 +94,7 @@ class ABPerson : public IKRPerson {
   KRText readCompanyName(KRHold& hold) const override { return readText(KROrdinal::Company, hold); }
   bool readsWhole(KROrdinal property) const override { return !isStored(property); }
   void prefetch() const noexcept override { record_.prefetch(); }
+  void prefetchRest() const noexcept override { record_.prefetchCard(); }
   void prefetchPlaces(KROrdinal property) const noexcept override { record_.prefetchRow(property); }
   void prefetchValue(KROrdinal property) const noexcept override { record_.prefetchText(property); }
 

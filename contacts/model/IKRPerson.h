@@ -102,6 +102,8 @@ class IKRPerson : public KRObject {
   /// Asks the processor for the memory that reading takes, some persons before this one is read. Says and changes
   /// nothing; does nothing by default.
   virtual void prefetch() const noexcept {}
+  /// Asks for what reading everything takes besides; when what `prefetch` asks for has come.
+  virtual void prefetchRest() const noexcept {}
   /// The same for one property alone, in two steps with some persons between them: where its values stand, then the
   /// first value itself. A person that lacks the property asks for nothing.
   virtual void prefetchPlaces(KROrdinal /*property*/) const noexcept {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -123,6 +124,14 @@ class KRCardRecord {
     constexpr size_t kLines = 5;
     constexpr size_t kBefore = 80;
     for (size_t i = 0; i < kLines; ++i) krPrefetch(bytes() - kBefore + i * kLine);
+  }
+  /// Asks for the card, of a long one for its beginning; when the rows have come.
+  void prefetchCard() const noexcept {
+    constexpr size_t kLine = 64;
+    constexpr size_t kLines = 8;
+    if (cardSize_ == 0) return;
+    const char* card = cardBytes();
+    for (size_t at = 0; at < std::min<size_t>(cardSize_, kLines * kLine); at += kLine) krPrefetch(card + at);
   }
   /// The same for the first row of a property alone; when that has come, for its text.
   void prefetchRow(KROrdinal property) const noexcept {
