@@ -4,8 +4,8 @@
 // near-misses is measured like a detector.
 //
 // Every run begins with nothing of the book in the processor's caches, as each look at a large book does: otherwise the
-// small book would be measured in the cache and the large one in memory, and the ratio would tell of the processor alone.
-// KR_BENCH_WARM=1 leaves the caches as the run before left them.
+// small book would be measured in the cache and the large one in memory, and the ratio would tell of the processor
+// alone. KR_BENCH_WARM=1 leaves the caches as the run before left them.
 //
 // Books are prefixes of one list, so that the largest one is in memory once; only one kind is kept at a time. What a
 // run costs is looking at the persons and making the findings; "findings" tells how many there were.

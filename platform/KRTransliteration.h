@@ -16,6 +16,6 @@
 KRString krMandarinLatinUpper(KRText text);
 
 /// Appends the caseless key (`krCaselessKey`) of the text's capitals as above, by which a list of many names is sorted.
-/// For most names this takes no memory but that of `to`. False, with nothing appended, where there are no such capitals.
-/// Thread-safe.
+/// For most names this takes no memory but that of `to`. False, with nothing appended, where there are no such
+/// capitals. Thread-safe.
 bool krAppendMandarinLatinKey(std::string& to, KRText text);
