@@ -77,11 +77,8 @@ class KRCardRecord {
     KRSlab* slab = nullptr;
     uint32_t offset = 0;
   };
-  static constexpr uint32_t kHeadSize = sizeof(KRSlab*) + sizeof(uint32_t);
-  static void write(const Head& head, char* rows) noexcept {
-    std::memcpy(rows - kHeadSize, &head.slab, sizeof head.slab);
-    std::memcpy(rows - sizeof head.offset, &head.offset, sizeof head.offset);
-  }
+  static constexpr uint32_t kHeadSize = sizeof(Head);
+  static void write(const Head& head, char* rows) noexcept { std::memcpy(rows - kHeadSize, &head, kHeadSize); }
   /// Takes over one reference to the block, and that to the card's block which stands in the head. From `offset` (a
   /// multiple of four) on the block holds `rowCount` rows, before them the head, and before and behind these the texts
   /// that do not stand in the card; the card has `cardSize` bytes; `present` has a bit for each number that a row has.
@@ -189,8 +186,7 @@ class KRCardRecord {
   void release() const noexcept;
   Head head() const noexcept {
     Head head;
-    std::memcpy(&head.slab, bytes() - kHeadSize, sizeof head.slab);
-    std::memcpy(&head.offset, bytes() - sizeof head.offset, sizeof head.offset);
+    std::memcpy(&head, bytes() - kHeadSize, kHeadSize);
     return head;
   }
   const char* cardBytes() const noexcept {
