@@ -7,7 +7,9 @@
 
 namespace {
 
-constexpr uint32_t kAlignment = alignof(KRCardRow);
+// Pointers stand where programs that look for lost memory find them.
+constexpr uint32_t kAlignment = alignof(KRCardRecord::Head);
+static_assert(kAlignment % alignof(KRCardRow) == 0 && KRCardRecord::kHeadSize % kAlignment == 0);
 /// Records from this size on do not share a block.
 constexpr uint32_t kOwnBlock = KRSlab::kSharedCapacity / 4;
 
