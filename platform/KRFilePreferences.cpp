@@ -120,9 +120,8 @@ KRResult<void> KRFilePreferences::load() {
   KRResult<KRBuffer> read = KRFile::read(path_);
   if (!read) {
     if (read.error().code == KRErrorCode::NotFound) return {};
-    if (read.error().code != KRErrorCode::NotAllowed) return read.error();
-    content_ = Content::Damaged;
-    return {};
+    // What may not be read is not known to be damaged, and is not replaced.
+    return read.error();
   }
   bytes_ = std::move(*read);
   std::optional<KRBinaryPlist> list = KRBinaryPlist::read(bytes_);

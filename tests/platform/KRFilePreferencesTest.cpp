@@ -184,6 +184,33 @@ TEST_F(KRFilePreferencesTest, KeepsWhatItHasNoValuesFor) {
   EXPECT_EQ(textOfFile(), before);
 }
 
+TEST_F(KRFilePreferencesTest, LeavesAFileAloneThatMayNotBeRead) {
+  store()->setValue("1"_kr, "kept");
+  const std::string folder = folder_.at("folder");
+  std::filesystem::remove(folder + "/settings.plist.lock");
+  ASSERT_EQ(chmod((folder + "/settings.plist").c_str(), 0), 0);
+  ASSERT_EQ(chmod(folder.c_str(), 0777), 0);
+  ASSERT_EQ(chmod(std::string(folder_.path()).c_str(), 0777), 0);
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    // Nothing keeps the system's own user from reading.
+    constexpr uid_t kNobody = 65534;
+    if (geteuid() == 0 && setuid(kNobody) != 0) _exit(2);
+    const auto theirs = store();
+    theirs->setValue("2"_kr, "more");
+    const KRResult<void> flushed = theirs->flush();
+    _exit(!flushed && flushed.error().code == KRErrorCode::NotAllowed ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  ASSERT_EQ(chmod((folder + "/settings.plist").c_str(), 0600), 0);
+  std::filesystem::remove(folder + "/settings.plist.lock");
+  EXPECT_EQ(store()->value("kept").text(), "1"_kr);
+  for (const std::string& name : files()) EXPECT_EQ(name.find("damaged"), std::string::npos) << name;
+}
+
 TEST_F(KRFilePreferencesTest, PutsADamagedFileAsideBeforeItWrites) {
   for (const std::string_view damage :
        {std::string_view("bplist00 damaged"), std::string_view(""), std::string_view("<?xml ")}) {
