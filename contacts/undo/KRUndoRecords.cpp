@@ -125,6 +125,9 @@ KRResult<std::vector<KRUndoRecords::Run>> KRUndoRecords::all() {
   if (place.isNothing()) return KRError{KRErrorCode::InvalidArgument, "there is no folder to keep undo records in"};
   std::vector<Run> runs;
   if (KRFile::kind(place) == KRFile::Kind::Missing) return runs;
+  std::error_code failed;
+  const std::filesystem::directory_iterator readable(std::filesystem::path(std::string(place.view())), failed);
+  if (failed) return KRFile::systemError(failed.value(), "read", place);
   for (const auto& [number, path] : folders()) {
     if (std::optional<Run> run = runAt(path, number)) runs.push_back(*std::move(run));
   }

@@ -146,6 +146,16 @@ class Undo(host.HostTest):
         self.assertTrue(link.is_symlink())
         self.assertEqual(ANN.encode(), real.read_bytes())
 
+    def test_records_that_cannot_be_read_are_not_taken_for_none(self):
+        book = self.file_book()
+        self.put(CIM, book)
+        folder = next(path for path in self.home.rglob("undo") if path.is_dir())
+        folder.rename(folder.with_name("elsewhere"))
+        folder.write_text("")
+        for words in (["undo"], ["undo", "--list"]):
+            said = " ".join(self.run_host(*words, code=2).err.split())
+            self.assertIn(f"cannot read {folder}", said)
+
     def test_a_record_is_independent_of_what_others_write_into_the_book_later(self):
         book = self.file_book()
         before = book.read_bytes()
