@@ -15,21 +15,25 @@
 namespace {
 
 /// An absent text is written out, so that it differs from an empty one.
-void append(std::string& to, KRText text) {
+template <class To>
+void append(To& to, KRText text) {
   to.append(text.isNothing() ? std::string_view("(null)") : text.view());
 }
 
-void append(std::string& to, std::string_view label, KRText text, std::string_view end = {}) {
+template <class To>
+void append(To& to, std::string_view label, KRText text, std::string_view end = {}) {
   to.append(label);
   append(to, text);
   to.append(end);
 }
 
-void appendStart(std::string& to, KRText name) {
+template <class To>
+void appendStart(To& to, KRText name) {
   append(to, {}, name, ":");
 }
 
-void appendName(std::string& to, KRText first, KRText middle, KRText last) {
+template <class To>
+void appendName(To& to, KRText first, KRText middle, KRText last) {
   // The letters of the first label are kept on purpose: keys are compared with keys that hosts made before.
   append(to, "fisrt:", first, "\t");
   append(to, "middle:", middle, "\t");
@@ -200,15 +204,8 @@ class StartWriter {
   bool isFull() const noexcept { return used_ == size_; }
   std::string_view text() const noexcept { return {bytes_.data(), used_}; }
 
-  template <size_t kSize>
-  void addLabel(const char (&label)[kSize]) noexcept {
-    // There is room for more than counts.
-    std::memcpy(bytes_.data() + used_, label, kSize - 1);
-    used_ = std::min(used_ + kSize - 1, size_);
-  }
-  void add(KRText text) noexcept {
-    if (text.isNothing()) return addLabel("(null)");
-    const size_t count = std::min<size_t>(text.size(), size_ - used_);
+  [[gnu::noinline]] void append(std::string_view text) noexcept {
+    const size_t count = std::min(text.size(), size_ - used_);
     for (size_t done = 0; done < count; done += sizeof(uint64_t)) {
       const uint64_t word = krLoadPart(text.data() + done, count - done);
       std::memcpy(bytes_.data() + used_ + done, &word, sizeof word);
@@ -217,7 +214,8 @@ class StartWriter {
   }
 
  private:
-  std::array<char, kMost + 16> bytes_;
+  /// Words are written whole.
+  std::array<char, kMost + sizeof(uint64_t)> bytes_;
   const size_t size_;
   size_t used_ = 0;
 };
@@ -243,22 +241,13 @@ bool appendUsualStart(std::string& to, const IKRPerson& person, size_t size, KRH
   if (next == nullptr) return false;
   const KRNameView name = person.readName(hold);
   StartWriter start(size);
-  start.add(KRProperty::propertyWithOrdinal(KROrdinal::Name)->name());
-  start.addLabel(":fisrt:");
-  start.add(name.first);
-  start.addLabel("\tmiddle:");
-  start.add(name.middle);
-  start.addLabel("\tlast:");
-  start.add(name.last);
-  start.addLabel("\t");
-  start.add(next->name());
-  start.addLabel(":");
+  appendStart(start, KRProperty::propertyWithOrdinal(KROrdinal::Name)->name());
+  appendName(start, name.first, name.middle, name.last);
+  appendStart(start, next->name());
   if (!start.isFull()) {
     person.readEntries(next->ordinal(), hold, [&](const KREntryView& entry) {
-      start.add(entry.label);
-      start.addLabel(":");
-      start.add(entry.text);
-      start.addLabel("\t");
+      appendStart(start, entry.label);
+      append(start, {}, entry.text, "\t");
       return !start.isFull();
     });
   }

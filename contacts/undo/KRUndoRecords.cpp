@@ -77,11 +77,10 @@ std::optional<KRUndoRecords::Run> runAt(const std::string& folder, int64_t numbe
   return run;
 }
 
-/// The folders of records with their numbers, the largest first.
-std::vector<std::pair<int64_t, std::string>> folders() {
+/// The folders of records with their numbers, the largest first; those met before `failed`, if it did.
+std::vector<std::pair<int64_t, std::string>> folders(std::error_code& failed) {
   std::vector<std::pair<int64_t, std::string>> found;
   const KRString folder = KRUndoRecords::folder();
-  std::error_code failed;
   fs::directory_iterator each(fs::path(folder.view()), failed);
   for (; !failed && each != fs::directory_iterator(); each.increment(failed)) {
     if (const auto number = numberIn(each->path().filename().string()))
@@ -126,9 +125,9 @@ KRResult<std::vector<KRUndoRecords::Run>> KRUndoRecords::all() {
   std::vector<Run> runs;
   if (KRFile::kind(place) == KRFile::Kind::Missing) return runs;
   std::error_code failed;
-  const std::filesystem::directory_iterator readable(std::filesystem::path(std::string(place.view())), failed);
+  const auto known = folders(failed);
   if (failed) return KRFile::systemError(failed.value(), "read", place);
-  for (const auto& [number, path] : folders()) {
+  for (const auto& [number, path] : known) {
     if (std::optional<Run> run = runAt(path, number)) runs.push_back(*std::move(run));
   }
   return runs;
@@ -140,7 +139,8 @@ KRResult<KRUndoRecords::Begun> KRUndoRecords::begin(KRText title, bool isUndo) {
   if (KRResult<void> made = KRFile::createFolders(place, true); !made) return made.error();
   const KRResult<KRFileLock> lock = KRFileLock::hold(place);
   if (!lock) return lock.error();
-  const auto known = folders();
+  std::error_code unknown;
+  const auto known = folders(unknown);
   Run run;
   run.number = known.empty() ? 1 : known.front().first + 1;
   run.title = KRString(title);
@@ -190,7 +190,8 @@ void KRUndoRecords::prune(int64_t now) {
   removeGone();
   size_t kept = 0;
   uint64_t bytes = 0;
-  for (const auto& [number, path] : folders()) {
+  std::error_code unknown;
+  for (const auto& [number, path] : folders(unknown)) {
     const std::optional<Run> run = runAt(path, number);
     // One that is being written is let be; what a stopped run left without a part is nothing.
     if (!KRFileLock::holdNow(std::string_view(path))) continue;
