@@ -13,6 +13,9 @@ using Heading = KRCSVHeadingTable::Heading;
 using Preset = KRCSVHeadingTable::Preset;
 using Meaning = KRCSVHeadings::Meaning;
 
+/// Of a number in a heading: as many values as there may be columns can be counted.
+constexpr size_t kMostDigits = 6;
+
 struct Known {
   const Heading* heading;
   const Preset* preset;
@@ -102,7 +105,7 @@ bool isMark(char32_t c) {
 void appendWord(std::string& to, std::string_view word, uint32_t& number) {
   const bool isNumber = word.find_first_not_of("0123456789") == std::string_view::npos;
   if (!to.empty()) to += ' ';
-  if (isNumber && number == 0 && word.size() <= 4) {
+  if (isNumber && number == 0 && word.size() <= kMostDigits) {
     number = static_cast<uint32_t>(std::stoul(std::string(word)));
     to += '#';
     return;

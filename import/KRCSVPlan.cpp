@@ -1,6 +1,8 @@
 #include "import/KRCSVPlan.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <unordered_map>
 
 #include "import/KRCSVLabels.h"
 
@@ -18,7 +20,55 @@ bool isPartOfDate(Part part) {
 
 }  // namespace
 
+/// Finds the entry that a column belongs to: of the same property, number and label; columns without a number are
+/// values of their own, except the parts of addresses and dates. It looks at few entries, however many columns a file
+/// has.
+class KRCSVPlan::EntryFinder {
+ public:
+  explicit EntryFinder(std::vector<Entry>& entries) : entries_(entries) {}
+
+  Entry& entryFor(const KRCSVColumn& column) {
+    Known& known = known_[uint64_t{column.number} << 32U | static_cast<uint64_t>(column.target.property)];
+    const Part part = column.target.part;
+    const bool isBeside = part == Part::Label || part == Part::Service || part == Part::Main;
+    if (isBeside && !known.all.empty()) return entries_[known.all.back()];
+    if (!isBeside) {
+      if (Entry* found = findIn(known, column)) return *found;
+    }
+    known.all.push_back(entries_.size());
+    known.waiting.push_back(entries_.size());
+    return entries_.emplace_back(Entry{column.target.property, column.number});
+  }
+
+ private:
+  /// The entries of one property and number.
+  struct Known {
+    std::vector<size_t> all;
+    /// Those that had no column of a value when they were last looked at, and a few that have one by now.
+    std::vector<size_t> waiting;
+  };
+
+  Entry* findIn(Known& known, const KRCSVColumn& column) {
+    const Part part = column.target.part;
+    const bool isPart = isPartOfAddress(part) || isPartOfDate(part) || column.target.property == KROrdinal::Address;
+    while (!known.waiting.empty() && !entries_[known.waiting.back()].values.empty()) known.waiting.pop_back();
+    const auto belongs = [&](size_t place) {
+      const Entry& each = entries_[place];
+      if (!isPart && !each.values.empty()) return false;
+      if (!isPart && column.number == 0) return each.labels != kNone;
+      return each.label == column.label || each.label.isNothing() || column.label.isNothing();
+    };
+    const std::vector<size_t>& among = isPart ? known.all : known.waiting;
+    const auto found = std::find_if(among.rbegin(), among.rend(), belongs);
+    return found == among.rend() ? nullptr : &entries_[*found];
+  }
+
+  std::vector<Entry>& entries_;
+  std::unordered_map<uint64_t, Known> known_;
+};
+
 KRCSVPlan::KRCSVPlan(const KRCSVMapping& mapping) {
+  EntryFinder finder(entries_);
   for (size_t i = 0; i < mapping.columns().size(); ++i) {
     const KRCSVColumn& column = mapping.columns()[i];
     if (column.target.isIgnored()) continue;
@@ -26,7 +76,7 @@ KRCSVPlan::KRCSVPlan(const KRCSVMapping& mapping) {
     if (column.target.property == KROrdinal::Name) {
       planName(column, i);
     } else if (property->isMultiple()) {
-      planEntry(column, i);
+      planEntry(column, i, finder.entryFor(column));
     } else {
       planSingle(column, i);
     }
@@ -91,28 +141,7 @@ void KRCSVPlan::planBirthday(const KRCSVColumn& column, size_t index) {
   }
 }
 
-/// The entry that the column belongs to: of the same property, number and label; columns without a number are values of
-/// their own, except the parts of addresses and dates.
-KRCSVPlan::Entry& KRCSVPlan::entryFor(const KRCSVColumn& column) {
-  const Part part = column.target.part;
-  const bool isPart = isPartOfAddress(part) || isPartOfDate(part) || column.target.property == KROrdinal::Address;
-  const bool isBeside = part == Part::Label || part == Part::Service || part == Part::Main;
-  const auto belongs = [&](const Entry& each) {
-    if (each.property != column.target.property || each.number != column.number) return false;
-    if (isBeside) return true;
-    if (column.number == 0 && !isPart) return each.values.empty() && each.labels != kNone;
-    return (each.label == column.label || each.label.isNothing() || column.label.isNothing()) &&
-           (isPart || each.values.empty());
-  };
-  const auto found = std::find_if(entries_.rbegin(), entries_.rend(), belongs);
-  if (found != entries_.rend()) return *found;
-  entries_.push_back(
-      {column.target.property, column.number, {}, {}, {}, kNone, kNone, kNone, {}, kNone, kNone, kNone, kNone, false});
-  return entries_.back();
-}
-
-void KRCSVPlan::planEntry(const KRCSVColumn& column, size_t index) {
-  Entry& entry = entryFor(column);
+void KRCSVPlan::planEntry(const KRCSVColumn& column, size_t index, Entry& entry) {
   if (entry.label.isNothing() && !column.label.isNothing()) {
     entry.label = column.label;
     entry.fixedLabel = krCSVSharedLabel(column.label);

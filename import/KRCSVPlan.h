@@ -19,13 +19,13 @@ class KRCSVPlan {
   struct Entry {
     KROrdinal property;
     uint32_t number;
-    KRString label;
-    KRRef<KRLabel> fixedLabel;
-    std::vector<size_t> values;
+    KRString label{};
+    KRRef<KRLabel> fixedLabel{};
+    std::vector<size_t> values{};
     size_t labels = kNone;
     size_t service = kNone;
     size_t main = kNone;
-    std::array<std::vector<size_t>, kKRAddressFieldCount> fields;
+    std::array<std::vector<size_t>, kKRAddressFieldCount> fields{};
     size_t countryCode = kNone;
     size_t year = kNone;
     size_t month = kNone;
@@ -65,8 +65,8 @@ class KRCSVPlan {
   void planName(const KRCSVColumn& column, size_t index);
   void planSingle(const KRCSVColumn& column, size_t index);
   void planBirthday(const KRCSVColumn& column, size_t index);
-  void planEntry(const KRCSVColumn& column, size_t index);
-  Entry& entryFor(const KRCSVColumn& column);
+  class EntryFinder;
+  void planEntry(const KRCSVColumn& column, size_t index, Entry& entry);
 
   Name name_;
   std::vector<Single> singles_;

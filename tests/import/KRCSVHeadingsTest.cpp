@@ -50,7 +50,9 @@ TEST(KRCSVHeadings, ComparesWordsOnly) {
       {"Manager’s Name", "manager s name", 0},
       {"a\u00A0b", "a b", 0},
       {"", "", 0},
-      {"12345", "12345", 0},
+      {"Phone 10000 - Value", "phone # value", 10000},
+      {"Phone 131072 - Value", "phone # value", 131072},
+      {"1234567", "1234567", 0},
       {"URL", "url", 0},
   };
   for (const auto& row : kRows) {

@@ -1,10 +1,10 @@
 // Four times the objects may take four times the time, not sixteen times.
 #include <gtest/gtest.h>
-#include <time.h>
 
 #include <algorithm>
 
 #include "tests/support/KRArchivedNode.h"
+#include "tests/support/KRProcessorTime.h"
 
 namespace {
 
@@ -26,13 +26,6 @@ KRRef<KRValueList> manyObjects(int count) {
   return all;
 }
 
-/// The processor time of this process, so that what else the machine does does not count.
-double processorSeconds() {
-  timespec time = {};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
 struct Times {
   double write = 1e9;
   double read = 1e9;
@@ -43,11 +36,11 @@ Times timesFor(int count) {
   Times best;
   const auto objects = manyObjects(count);
   for (int run = 0; run < 3; ++run) {
-    const double start = processorSeconds();
+    const double start = krProcessorSeconds();
     const std::string archive = KRKeyedArchiver::archivedData(objects);
-    const double written = processorSeconds();
+    const double written = krProcessorSeconds();
     const auto read = KRKeyedUnarchiver::unarchive(archive, KRArchivedNode::classes());
-    const double end = processorSeconds();
+    const double end = krProcessorSeconds();
     EXPECT_TRUE(read && (run > 0 || read->isEqual(objects)));
     best.write = std::min(best.write, written - start);
     best.read = std::min(best.read, end - written);
