@@ -18,8 +18,9 @@ namespace {
 
 using Members = std::unordered_map<const KRGroup*, KRStringList>;
 
-/// How many contacts before it is written a contact is asked for in memory.
+/// How many contacts before it is written a contact is asked for in memory, and its card.
 constexpr size_t kAhead = 8;
+constexpr size_t kCardAhead = 4;
 
 /// Whether the card is the contact as it stands, under the identifier that it has in the book.
 bool holdsAll(const ABPerson& person) {
@@ -50,6 +51,7 @@ BookExport::Result BookExport::write(KRAddressBook& book, const PersonFilter& fi
   for (const IKRPerson& person : persons) {
     progress(krPercent(done++, count));
     if (done + kAhead < count) persons.at(done + kAhead)->prefetch();
+    if (done + kCardAhead < count) persons.at(done + kCardAhead)->prefetchRest();
     if (!filter.matches(person)) continue;
     ++result.persons;
     for (const KRRef<KRGroup>& group : person.parentGroups()) members[group.get()].push_back(person.ID());

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "contacts/model/KRAddressBook.h"
+#include "contacts/model/KRCardIdentity.h"
 #include "contacts/model/KRCardValues.h"
 #include "contacts/model/KRObjectPersonName.h"
-#include "contacts/vcard/KRVCardIdentity.h"
 #include "contacts/vcard/KRVCardReader.h"
 #include "contacts/vcard/KRVCardText.h"
 #include "platform/KRCellPool.h"

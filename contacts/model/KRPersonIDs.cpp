@@ -5,10 +5,12 @@
 #include <atomic>
 #include <cstdio>
 #include <random>
+#include <span>
 #include <string>
 #include <typeinfo>
 
 #include "contacts/model/ABPerson.h"
+#include "contacts/model/KRCardIdentity.h"
 #include "platform/KRPrefetch.h"
 
 namespace {
@@ -28,7 +30,7 @@ uint64_t hashOf(KRText text) {
 /// Which holder of the identifier `base`, whose hash is given, the next one is, from 1. `insert` takes a hash and tells
 /// whether it was free.
 template <class Insert>
-uint32_t suffixOf(const KRString& base, uint64_t hash, std::unordered_map<uint64_t, uint32_t>& lastSuffix,
+uint32_t suffixOf(KRText base, uint64_t hash, std::unordered_map<uint64_t, uint32_t>& lastSuffix,
                   const Insert& insert) {
   if (insert(hash)) return 1;
   // Where many share one identifier, the search goes on where the last one ended.
@@ -40,6 +42,44 @@ uint32_t suffixOf(const KRString& base, uint64_t hash, std::unordered_map<uint64
   } while (!insert(hashOf(KRText(std::string_view(tried)))));
   return last;
 }
+
+/// How many persons get their identifiers at once.
+constexpr size_t kAtOnce = 64;
+
+/// The identifiers of some records without regard to others, and their hashes. Where there is no record it says
+/// nothing. As long as the records are not changed.
+class Bases {
+ public:
+  explicit Bases(std::span<const ABPerson* const> records) {
+    std::array<std::string_view, kAtOnce> cards;
+    std::array<size_t, kAtOnce> places;
+    size_t made = 0;
+    for (size_t i = 0; i < records.size(); ++i) {
+      if (records[i] == nullptr) continue;
+      const KRCardRecord& record = records[i]->record();
+      const KRCardRow* UID = record.find(KRCardPart::UID);
+      given_[i] = records[i]->givenID();
+      texts_[i] = !given_[i].isNothing() || UID == nullptr ? given_[i].text() : record.view(*UID);
+      if (!texts_[i].isNothing()) continue;
+      cards[made] = record.card();
+      places[made++] = i;
+    }
+    krCardIdentities(std::span(cards).first(made), identities_);
+    for (size_t i = 0; i < made; ++i) texts_[places[i]] = identities_[i].text();
+    for (size_t i = 0; i < records.size(); ++i) hashes_[i] = hashOf(texts_[i]);
+  }
+  Bases(const Bases&) = delete;
+  Bases& operator=(const Bases&) = delete;
+
+  KRText text(size_t i) const noexcept { return texts_[i]; }
+  uint64_t hash(size_t i) const noexcept { return hashes_[i]; }
+
+ private:
+  std::array<KRString, kAtOnce> given_;
+  std::array<KRCardIdentity, kAtOnce> identities_;
+  std::array<KRText, kAtOnce> texts_;
+  std::array<uint64_t, kAtOnce> hashes_;
+};
 
 std::atomic<uint32_t> lastSerial{0};
 
@@ -74,29 +114,24 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
     --first;
   }
   // Persons and their places in the table lie scattered: some are asked for ahead.
-  constexpr size_t kAtOnce = 64;
   constexpr size_t kAhead = 8;
   const size_t count = persons.count();
   while ((count_ + count - first) * 2 > used_.size()) grow();
-  std::array<KRString, kAtOnce> bases;
-  std::array<uint64_t, kAtOnce> hashes{};
   for (; first < count; first += kAtOnce) {
     const size_t size = std::min(count - first, kAtOnce);
+    std::array<const ABPerson*, kAtOnce> records;
     for (size_t i = 0; i < size; ++i) {
       if (first + i + kAhead < count) persons.at(first + i + kAhead)->prefetch();
-      const ABPerson* record = asRecord(*persons.at(first + i));
-      if (record == nullptr) continue;
-      bases[i] = record->baseID();
-      hashes[i] = hashOf(bases[i]);
-      krPrefetchToWrite(&used_[hashes[i] & (used_.size() - 1)]);
+      persons.at(first + i)->prefetchRest();
+      records[i] = asRecord(*persons.at(first + i));
     }
+    const Bases bases({records.data(), size});
+    for (size_t i = 0; i < size; ++i) krPrefetchToWrite(&used_[bases.hash(i) & (used_.size() - 1)]);
     for (size_t i = 0; i < size; ++i) {
-      const IKRPerson& person = *persons.at(first + i);
-      const ABPerson* record = asRecord(person);
-      if (record == nullptr) {
-        insert(hashOf(person.ID()));
+      if (records[i] == nullptr) {
+        insert(hashOf(persons.at(first + i)->ID()));
       } else {
-        record->setIDSuffix(suffixOf(bases[i], hashes[i], lastSuffix_, insertOne), serial_);
+        records[i]->setIDSuffix(suffixOf(bases.text(i), bases.hash(i), lastSuffix_, insertOne), serial_);
       }
     }
   }

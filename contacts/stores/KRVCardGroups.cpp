@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-#include "contacts/vcard/KRVCardIdentity.h"
+#include "contacts/model/KRCardIdentity.h"
 
 std::vector<KRVCardGroup> krGroupsOf(const KRVCardFile& file) {
   std::vector<KRVCardGroup> groups;
