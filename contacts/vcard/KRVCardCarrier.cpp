@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "contacts/vcard/KRVCardEscapes.h"
+#include "contacts/vcard/KRVCardMemo.h"
 #include "contacts/vcard/KRVCardText.h"
 #include "contacts/vcard/KRVCardValues.h"
 
@@ -60,6 +61,20 @@ std::string withPlainBreaks(std::string_view text) {
     }
   }
   return result;
+}
+
+/// Those that the model says nothing about, and that the version knows.
+std::string otherParameters(std::string_view parameters, KRVCardVersion version) {
+  std::string others = krPartParameters(parameters).others;
+  if (version == V::V40) return others;
+  // What came with version 4.0 means nothing before.
+  std::string kept;
+  for (const std::string_view each : krSplitParameters(others)) {
+    const std::string name = krLowerASCII(each.substr(0, each.find('=')));
+    if (name == "altid" || name == "pid" || name == "calscale" || name == "sort-as") continue;
+    kept.append(";").append(each);
+  }
+  return kept;
 }
 
 std::string withoutBlanks(std::string_view text) {
@@ -200,16 +215,11 @@ KRVCardRemainder KRVCardCarrier::remainder(uint8_t what, size_t index, size_t sh
   const Line* line = outline_.lineOf(what, index);
   if (line == nullptr) return {};
   KRVCardRemainder remainder;
-  if (!line->parameters.empty()) remainder.parameters = krPartParameters(line->parameters).others;
-  if (version_ != V::V40 && !remainder.parameters.empty()) {
-    // What came with version 4.0 means nothing before.
-    std::string kept;
-    for (const std::string_view each : krSplitParameters(remainder.parameters)) {
-      const std::string name = krLowerASCII(each.substr(0, each.find('=')));
-      if (name == "altid" || name == "pid" || name == "calscale" || name == "sort-as") continue;
-      kept.append(";").append(each);
-    }
-    remainder.parameters = kept;
+  if (!line->parameters.empty()) {
+    static thread_local KRVCardMemo<std::string> known;
+    std::string key(1, static_cast<char>(version_));
+    remainder.parameters =
+        known.of(key.append(line->parameters), [&] { return otherParameters(line->parameters, version_); });
   }
   if (shownParts > 0) {
     const std::string value = converted(*line);
@@ -217,6 +227,19 @@ KRVCardRemainder KRVCardCarrier::remainder(uint8_t what, size_t index, size_t sh
     if (isBlank(remainder.parts)) remainder.parts.clear();
   }
   return remainder;
+}
+
+KRVCardRemainder KRVCardCarrier::nameRemainder(size_t shownParts) const {
+  const Line* last = nullptr;
+  for (const KRCardPart part : {KRCardPart::LastName, KRCardPart::FirstName, KRCardPart::MiddleName}) {
+    // Nearly always one line makes them all.
+    const Line* line = outline_.lineOf(static_cast<uint8_t>(part), 0);
+    if (line == nullptr || line == last) continue;
+    KRVCardRemainder rest = remainder(static_cast<uint8_t>(part), 0, shownParts);
+    if (!rest.parts.empty() || !rest.parameters.empty()) return rest;
+    last = line;
+  }
+  return {};
 }
 
 std::optional<std::string> KRVCardCarrier::formattedName() const {

@@ -24,6 +24,8 @@ class KRVCardCarrier {
   KRVCardRemainder remainder(KROrdinal what, size_t index, size_t shownParts) const {
     return remainder(static_cast<uint8_t>(what), index, shownParts);
   }
+  /// The same for the line of the name: the first of its parts' lines that has any.
+  KRVCardRemainder nameRemainder(size_t shownParts) const;
   /// The text of the card's FN line as it is to be written, or nothing when the person's name is another one now.
   std::optional<std::string> formattedName() const;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "contacts/model/ABPerson.h"
 #include "contacts/model/KRCardValues.h"
@@ -11,6 +12,7 @@
 #include "contacts/model/KRMutableMultipleValue.h"
 #include "contacts/model/KRObjectPersonName.h"
 #include "contacts/vcard/KRVCardEscapes.h"
+#include "contacts/vcard/KRVCardMemo.h"
 #include "contacts/vcard/KRVCardNames.h"
 #include "contacts/vcard/KRVCardParameters.h"
 #include "contacts/vcard/KRVCardProperty.h"
@@ -71,6 +73,26 @@ bool meanLabel(std::string_view parameters, KRText label) {
   const KRVCardParameters parsed = krParseParameters(parameters);
   if (parsed.label != 0) return KRLabelTable::name(parsed.label) == label;
   return label.isEmpty() ? parsed.labelText.isEmpty() : parsed.labelText == label;
+}
+
+/// The parameters that make the reader see that label; nothing when none do.
+std::optional<std::string> parametersOf(KROrdinal property, KRText label, KRVCardVersion version) {
+  const std::string_view allowed = krKnownTypes(property, version);
+  std::vector<std::string> types;
+  const std::string_view name = label.view();
+  for (size_t at = 0; at <= name.size();) {
+    const size_t end = std::min(name.find(' ', at), name.size());
+    std::string type(name.substr(at, end - at));
+    at = end + 1;
+    if (type == "mobile") type = "cell";
+    const bool isAllowed = property == O::SocialProfile
+                               ? isPlainToken(type)
+                               : isPlainToken(type) && allowed.find(" " + type + " ") != std::string_view::npos;
+    if (!isAllowed) return std::nullopt;
+    types.push_back(type);
+  }
+  std::string text = typeParameter(types, version, version == V::V21 && property != O::SocialProfile);
+  return meanLabel(text, label) ? std::optional(std::move(text)) : std::nullopt;
 }
 
 KRText nonEmpty(KRText text) noexcept {
@@ -319,24 +341,13 @@ KRVCardNewLine KRVCardComposer::value(KROrdinal property, const KREntryView& ent
 }
 
 bool KRVCardComposer::labelParameters(KROrdinal property, KRText label, std::string& parameters) const {
-  const std::string_view allowed = krKnownTypes(property, version_);
-  std::vector<std::string> types;
-  const std::string_view name = label.view();
-  for (size_t at = 0; at <= name.size();) {
-    const size_t end = std::min(name.find(' ', at), name.size());
-    std::string type(name.substr(at, end - at));
-    at = end + 1;
-    if (type == "mobile") type = "cell";
-    const bool isAllowed = property == O::SocialProfile
-                               ? isPlainToken(type)
-                               : isPlainToken(type) && allowed.find(" " + type + " ") != std::string_view::npos;
-    if (!isAllowed) return false;
-    types.push_back(type);
-  }
-  const std::string text = typeParameter(types, version_, version_ == V::V21 && property != O::SocialProfile);
-  if (!meanLabel(text, label)) return false;
-  parameters = text;
-  return true;
+  // To tell types apart, and to see whether the reader does, would cost more than all else about an entry.
+  static thread_local KRVCardMemo<std::optional<std::string>> known;
+  std::string key{static_cast<char>(property), static_cast<char>(version_)};
+  const std::optional<std::string>& text =
+      known.of(key.append(label.view()), [&] { return parametersOf(property, label, version_); });
+  if (text) parameters = *text;
+  return text.has_value();
 }
 
 std::string KRVCardComposer::mainParameter() const {
@@ -372,8 +383,10 @@ KRVCardComposer::Lines KRVCardComposer::entry(KROrdinal property, const KREntryV
   const bool hasCode = property == O::Address && !remainder.hasCodeLine;
   const KRText code = hasCode ? entry.address->countryCode : KRText();
   if (line.group.empty() && (!labelIsWritten || !code.isEmpty())) line.group = freshGroup();
-  Lines lines{line};
-  if (!code.isEmpty()) lines.push_back({line.group, "X-ABADR", {}, krEscapeText(code.view(), version_)});
-  if (!labelIsWritten) lines.push_back(groupLabel(line.group, entry.label));
+  Lines lines;
+  lines.push_back(std::move(line));
+  const std::string group = lines.front().group;
+  if (!code.isEmpty()) lines.push_back({group, "X-ABADR", {}, krEscapeText(code.view(), version_)});
+  if (!labelIsWritten) lines.push_back(groupLabel(group, entry.label));
   return lines;
 }

@@ -27,10 +27,13 @@ bool continuesCharacter(char c) noexcept {
   return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
 }
 
-size_t findEnd(std::string_view text, size_t from) noexcept {
-  for (size_t i = from; i + kEnd.size() <= text.size(); ++i) {
-    const bool mayBegin = text[i] == 'E' || text[i] == 'e';
-    if (mayBegin && krEqualsIgnoringCase(text.substr(i, kEnd.size()), kEnd)) return i;
+size_t findEnd(std::string_view text) noexcept {
+  // Few lines have more than one colon.
+  constexpr size_t kBeforeColon = kEnd.find(':');
+  for (size_t colon = text.find(':', kBeforeColon); colon != std::string_view::npos;
+       colon = text.find(':', colon + 1)) {
+    const size_t place = colon - kBeforeColon;
+    if (krEqualsIgnoringCase(text.substr(place, kEnd.size()), kEnd)) return place;
   }
   return std::string_view::npos;
 }
@@ -48,7 +51,7 @@ size_t foldAt(std::string_view text, size_t room) noexcept {
     }
     if (better > 1 && at - better < kFarthestMove) at = better;
   }
-  const size_t end = findEnd(text.substr(0, std::min(at + kEnd.size(), text.size())), 0);
+  const size_t end = findEnd(text.substr(0, std::min(at + kEnd.size(), text.size())));
   return end == std::string_view::npos ? at : std::min(at, end + 4);
 }
 
@@ -70,8 +73,22 @@ void appendQuoted(std::string_view character, bool isWhole, std::string& text) {
 bool KRVCardLineWriter::needsQuotedPrintable(std::string_view head, std::string_view value) const {
   if (version_ != KRVCardVersion::V21) return false;
   // Programs do not agree on how lines of version 2.1 are folded, but all know soft line breaks.
-  return head.size() + value.size() > kLongestLine || !isASCII(value) || findEnd(value, 0) != std::string_view::npos ||
+  return head.size() + value.size() > kLongestLine || !isASCII(value) || findEnd(value) != std::string_view::npos ||
          std::any_of(value.begin(), value.end(), [](char c) { return c < ' ' && c != '\t'; });
+}
+
+bool KRVCardLineWriter::appendShort(const KRVCardNewLine& line, std::string& bytes) const {
+  const size_t before = bytes.size();
+  if (!line.group.empty()) bytes.append(line.group).push_back('.');
+  bytes.append(line.name).append(line.parameters).append(":").append(line.value);
+  const std::string_view written = std::string_view(bytes).substr(before);
+  const bool isShort = written.size() <= kLongestLine && findEnd(written) == std::string_view::npos;
+  if (isShort) {
+    bytes.append(style_.lineEnd);
+  } else {
+    bytes.resize(before);
+  }
+  return isShort;
 }
 
 std::string KRVCardLineWriter::folded(std::string_view line) const {
@@ -104,7 +121,7 @@ void KRVCardLineWriter::appendQuotedPrintable(std::string head, std::string_view
     } else {
       // A blank that ends the value, and the first letter of what would look like the end of the card.
       const bool isLastBlank = at + 1 == value.size() && isBlank(value[at]);
-      appendQuoted(value.substr(at, size), isLastBlank || findEnd(value.substr(at, kEnd.size()), 0) == 0, quoted);
+      appendQuoted(value.substr(at, size), isLastBlank || findEnd(value.substr(at, kEnd.size())) == 0, quoted);
     }
     if (used + quoted.size() > kLongestLine) {
       bytes.append("=").append(style_.lineEnd);
@@ -135,6 +152,8 @@ void KRVCardLineWriter::appendBase64(std::string head, std::string_view value, s
 }
 
 void KRVCardLineWriter::append(const KRVCardNewLine& line, std::string& bytes) const {
+  const bool isForeign = !krEqualsIgnoringCase(style_.charset, "UTF-8");
+  if (version_ != KRVCardVersion::V21 && !line.isBase64 && !isForeign && appendShort(line, bytes)) return;
   std::string head = line.group;
   if (!head.empty()) head.push_back('.');
   head.append(line.name).append(line.parameters);
@@ -142,7 +161,6 @@ void KRVCardLineWriter::append(const KRVCardNewLine& line, std::string& bytes) c
     appendBase64(std::move(head), line.value, bytes);
     return;
   }
-  const bool isForeign = !krEqualsIgnoringCase(style_.charset, "UTF-8");
   if (needsQuotedPrintable(head, line.value)) {
     appendQuotedPrintable(std::move(head), line.value, bytes);
     return;

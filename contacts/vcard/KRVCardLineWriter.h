@@ -34,6 +34,8 @@ class KRVCardLineWriter {
   void append(const KRVCardNewLine& line, std::string& bytes) const;
 
  private:
+  /// Appends a line that needs nothing but its line end; false when it is none, and nothing is appended then.
+  bool appendShort(const KRVCardNewLine& line, std::string& bytes) const;
   bool needsQuotedPrintable(std::string_view head, std::string_view value) const;
   void appendQuotedPrintable(std::string head, std::string_view value, std::string& bytes) const;
   void appendBase64(std::string head, std::string_view value, std::string& bytes) const;

@@ -88,6 +88,8 @@ KRVCardOutline::KRVCardOutline(std::string_view card) : card_(card) {
   size_t depth = 0;
   bool isAfterAgent = false;
   endOffset_ = card.size();
+  // As many as most cards have.
+  lines_.reserve(24);
   scanner.start(card, true, 1);
   parser.start(card.data(), end);
   while (scanner.next(line) == KRVCardLines::Result::Line) {
@@ -139,25 +141,23 @@ void KRVCardOutline::add(const KRVCardLine& line, std::string_view card) {
   if (!lines_.empty() && lines_.back().encoding == KRVCardParameters::Base64) {
     lines_.back().size = offset - lines_.back().offset;
   }
-  Line copy;
-  copy.offset = offset;
-  copy.size = line.bytes.size();
-  copy.meaning = line.property->meaning;
-  copy.ordinal = line.property->ordinal;
-  copy.group = line.group();
-  copy.name = line.name();
-  copy.parameters = line.parameterText();
-  copy.encoding = line.parameters->encoding;
-  copy.value = copy.encoding == KRVCardParameters::Base64 ? line.raw : line.value;
-  copy.charset = line.parameters->charset;
-  copy.preference = line.parameters->preference;
-  lines_.push_back(std::move(copy));
+  Line& kept = lines_.emplace_back();
+  kept.offset = offset;
+  kept.size = line.bytes.size();
+  kept.meaning = line.property->meaning;
+  kept.ordinal = line.property->ordinal;
+  kept.group = line.group();
+  kept.name = line.name();
+  kept.parameters = line.parameterText();
+  kept.encoding = line.parameters->encoding;
+  kept.value = kept.encoding == KRVCardParameters::Base64 ? line.raw : line.value;
+  kept.charset = line.parameters->charset;
+  kept.preference = line.parameters->preference;
 }
 
 const KRVCardOutline::Line* KRVCardOutline::lineOf(uint8_t what, size_t index) const noexcept {
-  const auto makers = makers_.find(what);
-  if (makers == makers_.end() || index >= makers->second.size()) return nullptr;
-  return &lines_[makers->second[index]];
+  if (what >= makers_.size() || index >= makers_[what].size()) return nullptr;
+  return &lines_[makers_[what][index]];
 }
 
 const KRVCardOutline::Line* KRVCardOutline::firstOf(KRVCardMeaning meaning) const noexcept {

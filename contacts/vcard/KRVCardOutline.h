@@ -1,8 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -86,7 +86,7 @@ class KRVCardOutline {
   std::vector<Line> lines_;
   /// The place of the line that makes each row, by what it is about: asked once for each of a contact's values, which
   /// may be many.
-  std::map<uint8_t, std::vector<size_t>> makers_;
+  std::array<std::vector<size_t>, 32> makers_;
   KRVCardVersion version_ = KRVCardVersion::V30;
   std::string lineEnd_ = "\r\n";
   size_t endOffset_ = 0;

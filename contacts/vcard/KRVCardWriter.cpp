@@ -61,15 +61,8 @@ class Writing {
 
   void name() {
     constexpr size_t kParts = 5;
-    KRVCardRemainder rest;
-    if (carrier_ && !record_->isChanged(O::Name)) {
-      for (const KRCardPart part : {KRCardPart::LastName, KRCardPart::FirstName, KRCardPart::MiddleName}) {
-        if (rest.parts.empty() && rest.parameters.empty()) {
-          rest = carrier_->remainder(static_cast<uint8_t>(part), 0, kParts);
-        }
-      }
-    }
-    put(composer_.name(person_, rest));
+    const bool isSame = carrier_ && !record_->isChanged(O::Name);
+    put(composer_.name(person_, isSame ? carrier_->nameRemainder(kParts) : KRVCardRemainder()));
     KRVCardNewLine shown = composer_.formattedName(person_);
     if (carrier_) shown.value = carrier_->formattedName().value_or(shown.value);
     put(shown);
