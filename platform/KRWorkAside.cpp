@@ -1,7 +1,18 @@
 #include "platform/KRWorkAside.h"
 
+#include <sched.h>
+
+#include <algorithm>
 #include <system_error>
 #include <utility>
+
+unsigned KRWorkAside::processors() noexcept {
+  cpu_set_t allowed;
+  CPU_ZERO(&allowed);
+  if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return static_cast<unsigned>(CPU_COUNT(&allowed));
+  // More processors than the set has room for.
+  return std::max(std::thread::hardware_concurrency(), 1U);
+}
 
 KRWorkAside::KRWorkAside(unsigned processors) : hasSecond_(processors > 1) {}
 

@@ -12,12 +12,14 @@
 /// Used by one thread, which waits for the end of all work before it uses what that made.
 class KRWorkAside {
  public:
-  /// `processors` says how many there are; by default as many as this process may use.
-  explicit KRWorkAside(unsigned processors = std::thread::hardware_concurrency());
+  explicit KRWorkAside(unsigned processors = KRWorkAside::processors());
   /// Waits.
   ~KRWorkAside();
   KRWorkAside(const KRWorkAside&) = delete;
   KRWorkAside& operator=(const KRWorkAside&) = delete;
+
+  /// How many processors the calling thread may use, at least 1: those that it was bound to, not all that there are.
+  static unsigned processors() noexcept;
 
   /// Takes a piece of work, which does not throw. It is done after all that were given before.
   void add(std::function<void()> work);

@@ -1,6 +1,7 @@
 #include "platform/KRWorkAside.h"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 
 #include <future>
 #include <numeric>
@@ -43,6 +44,22 @@ TEST(KRWorkAsideThreads, WorksOnTheCallersThreadWithOneProcessor) {
   KRWorkAside aside(1);
   aside.add([&] { thread = std::this_thread::get_id(); });
   EXPECT_EQ(thread, std::this_thread::get_id());
+}
+
+TEST(KRWorkAsideThreads, CountsTheProcessorsThatItsThreadMayUse) {
+  cpu_set_t allowed;
+  ASSERT_EQ(sched_getaffinity(0, sizeof allowed, &allowed), 0);
+  EXPECT_EQ(KRWorkAside::processors(), static_cast<unsigned>(CPU_COUNT(&allowed)));
+  unsigned ofOne = 0;
+  std::thread([&] {
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    for (int i = 0; i < CPU_SETSIZE && CPU_COUNT(&one) == 0; ++i) {
+      if (CPU_ISSET(i, &allowed)) CPU_SET(i, &one);
+    }
+    if (sched_setaffinity(0, sizeof one, &one) == 0) ofOne = KRWorkAside::processors();
+  }).join();
+  EXPECT_EQ(ofOne, 1U);
 }
 
 TEST(KRWorkAsideThreads, EndsItsWorkBeforeItGoes) {
