@@ -1,13 +1,13 @@
 #include "contacts/vcard/KRVCardBook.h"
 
 #include <filesystem>
+#include <span>
 #include <system_error>
 
+#include "contacts/vcard/KRVCardReadAhead.h"
 #include "platform/KRFileReader.h"
 
 namespace {
-
-constexpr size_t kPiece = size_t{1} << 20U;
 
 /// Whether the bytes hold anything but white space and byte-order marks.
 bool isBlank(std::string_view bytes) noexcept {
@@ -70,19 +70,21 @@ KRVCardBook::Summary KRVCardBook::addBytes(std::string_view bytes, const KRVCard
 KRResult<KRVCardBook::Summary> KRVCardBook::addFrom(KRFileReader& file, const KRVCardNoteSink& notes) {
   KRVCardReader reader(sink(), notes);
   reader.setGroups(groupSink());
+  KRVCardReadAhead ahead(reader);
   bool isEmpty = true;
   while (true) {
-    char* const piece = reader.room(kPiece).data();
-    const KRResult<size_t> count = file.read(piece, kPiece);
+    const std::span<char> room = ahead.room();
+    const KRResult<size_t> count = file.read(room.data(), room.size());
     if (!count) {
+      ahead.catchUp();
       summaryOf(reader, isEmpty);
       return count.error();
     }
-    isEmpty = isEmpty && isBlank({piece, *count});
-    reader.feedRoom(*count);
-    if (*count < kPiece) break;
+    isEmpty = isEmpty && isBlank({room.data(), *count});
+    ahead.feedRoom(*count);
+    if (*count < room.size()) break;
   }
-  reader.finish();
+  ahead.finish();
   return summaryOf(reader, isEmpty);
 }
 

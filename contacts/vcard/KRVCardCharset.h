@@ -7,8 +7,8 @@
 /// names, or else in the one that the whole document seems to be in. One for each document, not locked.
 class KRVCardCharset {
  public:
-  /// Starts another document.
-  void reset() { documentCharset_.clear(); }
+  /// Starts another document, or goes on with one whose character set was guessed elsewhere.
+  void reset(std::string_view documentCharset) { documentCharset_ = documentCharset; }
 
   /// Whether bytes of a line with that CHARSET must go through `decode`. Not when they are well-formed UTF-8 and the
   /// line does not say otherwise.

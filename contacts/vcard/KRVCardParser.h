@@ -41,8 +41,9 @@ class KRVCardParser {
   };
   const std::vector<Passed>& passed() const noexcept { return passed_; }
 
-  /// Starts another document: what was guessed about the last one's character set does not hold.
-  void startDocument() { values_.startDocument(); }
+  /// Starts another document: what was guessed about the last one's character set does not hold. `charset` is what is
+  /// known about this one's already, when it is read from its midst.
+  void startDocument(std::string_view charset = {}) { values_.startDocument(charset); }
   const std::string& documentCharset() const noexcept { return values_.documentCharset(); }
 
  private:

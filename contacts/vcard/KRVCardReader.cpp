@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "contacts/model/KRAddressBook.h"
+#include "contacts/vcard/KRVCardStretch.h"
 #include "contacts/vcard/KRVCardText.h"
 
 namespace {
@@ -85,11 +87,66 @@ void KRVCardReader::runBuffer() {
   passed_ += mark;
   const size_t done = run(buffer_.view().substr(mark), false);
   passed_ += done;
-  const size_t left = buffer_.size() - mark - done;
-  std::memmove(buffer_.data(), buffer_.data() + mark + done, left);
-  buffer_.setSize(left);
+  keep(buffer_.view().substr(mark + done));
+}
+
+void KRVCardReader::keep(std::string_view rest) {
+  std::memmove(buffer_.data(), rest.data(), rest.size());
+  buffer_.setSize(rest.size());
   // A card that is not whole yet is looked at again when there is twice as much of it.
   enough_ = std::max(block_, buffer_.size() * 2);
+}
+
+bool KRVCardReader::readsInPieces() const noexcept {
+  return isStarted_ && !isWide(encoding_);
+}
+
+void KRVCardReader::readStretch(KRVCardStretch& stretch) {
+  startFile({});
+  isStarted_ = false;
+  parser_.startDocument(stretch.charset);
+  stretch.contacts.clear();
+  stretch.others.clear();
+  stretch_ = &stretch;
+  stretch.size = run(stretch.text, false);
+  stretch_ = nullptr;
+  stretch.lines = lineNumber_ - 1;
+  stretch.cards = cardNumber_;
+  stretch.endsInJunk = isInJunk_;
+  stretch.charsetAfter = parser_.documentCharset();
+}
+
+bool KRVCardReader::canTake(const KRVCardStretch& stretch) const noexcept {
+  return readsInPieces() && !isInJunk_ && !places_ && buffer_.size() == stretch.known &&
+         stretch.text.size() >= enough_ && parser_.documentCharset() == stretch.charset;
+}
+
+void KRVCardReader::take(KRVCardStretch& stretch) {
+  const size_t linesBefore = lineNumber_ - 1;
+  const size_t cardsBefore = cardNumber_;
+  size_t done = 0;
+  const auto handOutUpTo = [&](size_t count) {
+    for (; done < count; ++done) handOutContact(std::move(stretch.contacts[done]));
+  };
+  for (KRVCardStretch::Other& other : stretch.others) {
+    handOutUpTo(other.contacts);
+    if (!other.note) {
+      handOutGroup(std::move(other.group));
+      continue;
+    }
+    cardNumber_ = cardsBefore + other.note->card;
+    note(other.note->reason, linesBefore + other.note->line, other.note->isCardLost);
+  }
+  handOutUpTo(stretch.contacts.size());
+  passed_ += stretch.size;
+  lineNumber_ = linesBefore + stretch.lines + 1;
+  cardNumber_ = cardsBefore + stretch.cards;
+  isInJunk_ = stretch.endsInJunk;
+  if (stretch.charsetAfter != stretch.charset) parser_.startDocument(stretch.charsetAfter);
+  const std::string_view rest = stretch.text.substr(stretch.size);
+  buffer_.setSize(0);
+  room(rest.size());
+  keep(rest);
 }
 
 void KRVCardReader::finish() {
@@ -151,6 +208,11 @@ KRRef<ABPerson> KRVCardReader::readOne(std::string_view text) {
 }
 
 void KRVCardReader::note(KRVCardReason reason, size_t line, bool isCardLost) {
+  if (stretch_ != nullptr) {
+    stretch_->others.push_back(
+        {stretch_->contacts.size(), KRVCardNote{reason, line, cardNumber_, isCardLost}, KRCardRecord()});
+    return;
+  }
   ++counts_.notes;
   if (isCardLost) ++counts_.lostCards;
   if (notes_) notes_({reason, line, cardNumber_, isCardLost});
@@ -185,13 +247,29 @@ void KRVCardReader::endCard(const char* end) {
     note(KRVCardReason::TooLarge, cardLine_, true);
     return;
   }
-  if (parser_.isGroup()) {
-    ++counts_.groups;
-    if (groups_) groups_(krMake<ABPerson>(parser_.finish(card)));
+  if (!parser_.isGroup()) {
+    handOutContact(parser_.finish(card));
+  } else {
+    handOutGroup(groups_ || stretch_ != nullptr ? parser_.finish(card) : KRCardRecord());
+  }
+}
+
+inline void KRVCardReader::handOutContact(KRCardRecord record) {
+  if (stretch_ != nullptr) {
+    stretch_->contacts.push_back(std::move(record));
     return;
   }
   ++counts_.persons;
-  persons_(krMake<ABPerson>(parser_.finish(card)));
+  persons_(krMake<ABPerson>(std::move(record)));
+}
+
+void KRVCardReader::handOutGroup(KRCardRecord record) {
+  if (stretch_ != nullptr) {
+    stretch_->others.push_back({stretch_->contacts.size(), std::nullopt, std::move(record)});
+    return;
+  }
+  ++counts_.groups;
+  if (groups_) groups_(krMake<ABPerson>(std::move(record)));
 }
 
 const char* KRVCardReader::takeOutside(const KRVCardLine& line) {

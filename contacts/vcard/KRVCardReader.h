@@ -14,6 +14,7 @@
 #include "platform/KRTextDecoding.h"
 
 class KRAddressBook;
+struct KRVCardStretch;
 
 /// Where a card stands in what was read.
 struct KRVCardPlace {
@@ -77,6 +78,22 @@ class KRVCardReader {
   /// The person of the card with which the text starts, or nothing when it starts with none or with that of a group.
   static KRRef<ABPerson> readOne(std::string_view text);
 
+  // For reading ahead (`KRVCardReadAhead`).
+
+  size_t block() const noexcept { return block_; }
+  /// The bytes that were fed and are not done with.
+  std::string_view left() const noexcept { return buffer_.view(); }
+  /// Whether a file is being read that is in an encoding which is read where it stands.
+  bool readsInPieces() const noexcept;
+  /// Finds what stands in a stretch of some file; no sink is called.
+  void readStretch(KRVCardStretch& stretch);
+  /// Whether the stretch begins just where this reader is, and what was assumed of it is so: then feeding what follows
+  /// `known` in its text would find the same.
+  bool canTake(const KRVCardStretch& stretch) const noexcept;
+  /// Instead of feeding that, hands out what was found, and has `left` to go on with. The records are taken out of the
+  /// stretch.
+  void take(KRVCardStretch& stretch);
+
   /// What the files so far held: contacts, cards that were lost, cards of groups, and notes (lost cards among them).
   struct Counts {
     size_t persons = 0;
@@ -93,12 +110,16 @@ class KRVCardReader {
  private:
   void startFile(std::string_view start);
   void runBuffer();
+  /// Ends a run: these bytes are left, which stand in the buffer or elsewhere.
+  void keep(std::string_view rest);
   /// Reads whole cards; returns how many bytes are done with.
   size_t run(std::string_view text, bool isWhole);
   const char* takeOutside(const KRVCardLine& line);
   bool takeInside(const KRVCardLine& line);
   void startCard(const char* at, size_t line);
   void endCard(const char* end);
+  void handOutContact(KRCardRecord record);
+  void handOutGroup(KRCardRecord record);
   void note(KRVCardReason reason, size_t line, bool isCardLost);
   void tellPlace(KRVCardPlace::Kind kind, const char* end, KRVCardReason reason = KRVCardReason::CutOff);
 
@@ -106,6 +127,8 @@ class KRVCardReader {
   PersonSink groups_;
   KRVCardNoteSink notes_;
   PlaceSink places_;
+  /// Where everything goes instead while a stretch is read.
+  KRVCardStretch* stretch_ = nullptr;
   Counts counts_;
   KRVCardLines lines_;
   KRVCardParser parser_;

@@ -30,8 +30,8 @@ class KRVCardValueReader {
   /// The parts of the line's value between separators, each decoded; valid until the next call.
   const std::vector<Place>& split(char separator);
 
-  /// Starts another document: what was guessed about the last one's character set does not hold.
-  void startDocument() { charset_.reset(); }
+  /// Starts another document, whose character set is what was guessed for it already, or empty.
+  void startDocument(std::string_view charset) { charset_.reset(charset); }
   const std::string& documentCharset() const noexcept { return charset_.documentCharset(); }
 
  private:
