@@ -114,6 +114,7 @@ def jobs(book, slow, bin, modules):
     python = [sys.executable]
     yield Job("load", LOWER, [lower, "vcf", vcf])
     yield Job("load", OURS, [ours, "load", vcf])
+    yield Job("load", OURS + ", 2 cores", [ours, "load", vcf], 2)
     yield from there(bin / "evcard", "libebook EVCard", Job("load", "libebook EVCard", [bin / "evcard", vcf]))
     yield from there(bin / "kcontacts", "KContacts", Job("load", "KContacts", [bin / "kcontacts", vcf]))
     has_vobject = subprocess.run([*python, "-c", "import vobject"], stderr=subprocess.DEVNULL).returncode == 0
