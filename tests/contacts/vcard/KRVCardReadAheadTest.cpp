@@ -177,6 +177,26 @@ TEST(KRVCardReadAheadThreads, GoesOnWithACharacterSetThatWasGuessedOnTheWay) {
   }
 }
 
+TEST(KRVCardReadAheadThreads, ReadsAgainWhatWasReadBeforeACharacterSetWasGuessed) {
+  // What follows looks like another character set when it is looked at alone.
+  std::string text = plainFile(40) + krCard({"N:M\xFCller;J\xF6rg",
+                                             "NOTE:Gr\xFC\xDF"
+                                             "e aus K\xF6ln \xE4\xF6\xFC"});
+  for (int i = 0; i < 100; ++i) text += krCard({"N:\x8E\x52\x93\x63;\x91\xBE\x98\x59\x82\xB3\x82\xF1"});
+  for (size_t block = 400; block < 2600; block += 100) {
+    ASSERT_EQ(toldAhead(text, block).text, told(text, block)) << block;
+  }
+}
+
+TEST(KRVCardReadAheadThreads, TellsOfOtherTextOnceThatRunsThroughSeveralBlocks) {
+  std::string text;
+  for (int i = 0; i < 400; ++i) text += "other text: " + std::to_string(i) + "\r\n";
+  text += plainFile(200);
+  for (const size_t block : {size_t{500}, size_t{1000}, size_t{1234}}) {
+    EXPECT_EQ(toldAhead(text, block).text, told(text, block)) << block;
+  }
+}
+
 TEST(KRVCardReadAheadThreads, ReadsFilesOfTestDataAsTheReaderDoes) {
   size_t files = 0;
   for (const auto& entry : std::filesystem::directory_iterator(std::string(KR_TEST_DATA_DIR) + "/vcard")) {
