@@ -8,6 +8,7 @@
 #include "app/CardConversion.h"
 #include "app/Unusable.h"
 #include "contacts/model/ABPerson.h"
+#include "contacts/model/KRCardPrefetch.h"
 #include "contacts/vcard/KRVCardGroupRewriter.h"
 #include "contacts/vcard/KRVCardReader.h"
 #include "contacts/vcard/KRVCardWriter.h"
@@ -27,6 +28,11 @@ const ABPerson* asRecord(const IKRPerson& person) {
   // Nearly every person is one, which is sooner told so.
   if (typeid(person) == typeid(ABPerson)) return static_cast<const ABPerson*>(&person);
   return dynamic_cast<const ABPerson*>(&person);
+}
+
+/// Of most contacts nothing is read but the card.
+void prefetchPlace(const IKRPerson& person) {
+  if (const ABPerson* record = asRecord(person)) krPrefetchCardPlace(record->record());
 }
 
 /// Whether the card is the contact as it stands, under the identifier that it has in the book.
@@ -57,7 +63,7 @@ BookExport::Result BookExport::write(KRAddressBook& book, const PersonFilter& fi
   const KRPersonList& persons = book.allPersons();
   for (const IKRPerson& person : persons) {
     progress(krPercent(done++, count));
-    if (done + kAhead < count) persons.at(done + kAhead)->prefetch();
+    if (done + kAhead < count) prefetchPlace(*persons.at(done + kAhead));
     if (done + kCardAhead < count) persons.at(done + kCardAhead)->prefetchRest();
     if (!filter.matches(person)) continue;
     ++result.persons;

@@ -8,6 +8,7 @@
 
 #include "contacts/model/KRCardUnfolding.h"
 #include "platform/KRBytes.h"
+#include "platform/KRPrefetch.h"
 
 namespace {
 
@@ -118,6 +119,12 @@ void readAll(std::span<const Unfolded> texts) noexcept {
   }
 }
 
+/// Asks the processor for a card while those before it are read.
+void prefetch(std::string_view card) noexcept {
+  constexpr size_t kLine = 64;
+  for (size_t at = 0; at < std::min(card.size(), kNear); at += kLine) krPrefetch(card.data() + at);
+}
+
 void readFar(std::string_view card, KRCardIdentity& identity) {
   const auto room = std::make_unique_for_overwrite<char[]>(card.size() + kKRUnfoldingRoom);
   const size_t size = krUnfoldCard(card, room.get());
@@ -139,6 +146,7 @@ void krCardIdentities(std::span<const std::string_view> cards, std::span<KRCardI
     size_t count = 0;
     char* to = room.data();
     for (size_t i = first; i < std::min(first + kAtOnce, cards.size()); ++i) {
+      if (i + kAtOnce < cards.size()) prefetch(cards[i + kAtOnce]);
       if (cards[i].size() > kNear) {
         readFar(cards[i], identities[i]);
         continue;

@@ -11,6 +11,7 @@
 
 #include "contacts/model/ABPerson.h"
 #include "contacts/model/KRCardIdentity.h"
+#include "contacts/model/KRCardPrefetch.h"
 #include "platform/KRPrefetch.h"
 
 namespace {
@@ -44,7 +45,7 @@ uint32_t suffixOf(KRText base, uint64_t hash, std::unordered_map<uint64_t, uint3
 }
 
 /// How many persons get their identifiers at once.
-constexpr size_t kAtOnce = 64;
+constexpr size_t kAtOnce = 256;
 
 /// The identifiers of some records without regard to others, and their hashes. Where there is no record it says
 /// nothing. As long as the records are not changed.
@@ -121,8 +122,8 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
     const size_t size = std::min(count - first, kAtOnce);
     std::array<const ABPerson*, kAtOnce> records;
     for (size_t i = 0; i < size; ++i) {
-      if (first + i + kAhead < count) persons.at(first + i + kAhead)->prefetch();
-      persons.at(first + i)->prefetchRest();
+      const ABPerson* ahead = first + i + kAhead < count ? asRecord(*persons.at(first + i + kAhead)) : nullptr;
+      if (ahead != nullptr) krPrefetchCardPlace(ahead->record());
       records[i] = asRecord(*persons.at(first + i));
     }
     const Bases bases({records.data(), size});
