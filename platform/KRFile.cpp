@@ -73,29 +73,6 @@ KRError noPath(std::string_view doing) {
   return {KRErrorCode::InvalidArgument, "cannot " + std::string(doing) + ": no path is given"};
 }
 
-KRResult<KRBuffer> readAll(int descriptor, KRText name) {
-  struct stat status = {};
-  if (fstat(descriptor, &status) != 0) return KRFile::systemError(errno, "read", name);
-  if (S_ISDIR(status.st_mode)) return KRFile::systemError(EISDIR, "read", name);
-  KRBuffer content;
-  // One byte more than the file has, so that its end is seen without growing.
-  const size_t expected = S_ISREG(status.st_mode) ? static_cast<size_t>(status.st_size) : 0;
-  if (!content.reserve(std::max(expected + 1, expected == 0 ? kFirstPipeRoom : 1)))
-    return KRFile::systemError(ENOMEM, "read", name);
-  while (true) {
-    if (content.size() == content.capacity() && !content.reserve(content.capacity() * 2))
-      return KRFile::systemError(ENOMEM, "read", name);
-    const size_t room = std::min(content.capacity() - content.size(), kPiece);
-    const ssize_t count = ::read(descriptor, content.data() + content.size(), room);
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      return KRFile::systemError(errno, "read", name);
-    }
-    if (count == 0) return content;
-    content.setSize(content.size() + static_cast<size_t>(count));
-  }
-}
-
 int flushFolder(const std::string& folder) {
   if (const int failed = krFaultAt(KRFile::Step::FlushFolder)) return failed;
   const KRDescriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -135,6 +112,29 @@ int krFlush(int descriptor) {
   return 0;
 }
 
+KRResult<KRBuffer> krReadAll(int descriptor, KRText name) {
+  struct stat status = {};
+  if (fstat(descriptor, &status) != 0) return KRFile::systemError(errno, "read", name);
+  if (S_ISDIR(status.st_mode)) return KRFile::systemError(EISDIR, "read", name);
+  KRBuffer content;
+  // One byte more than the file has, so that its end is seen without growing.
+  const size_t expected = S_ISREG(status.st_mode) ? static_cast<size_t>(status.st_size) : 0;
+  if (!content.reserve(std::max(expected + 1, expected == 0 ? kFirstPipeRoom : 1)))
+    return KRFile::systemError(ENOMEM, "read", name);
+  while (true) {
+    if (content.size() == content.capacity() && !content.reserve(content.capacity() * 2))
+      return KRFile::systemError(ENOMEM, "read", name);
+    const size_t room = std::min(content.capacity() - content.size(), kPiece);
+    const ssize_t count = ::read(descriptor, content.data() + content.size(), room);
+    if (count < 0) {
+      if (errno == EINTR) continue;
+      return KRFile::systemError(errno, "read", name);
+    }
+    if (count == 0) return content;
+    content.setSize(content.size() + static_cast<size_t>(count));
+  }
+}
+
 KRError KRFile::systemError(int number, std::string_view doing, KRText path) {
   std::string sentence = "cannot ";
   sentence.append(doing).append(" ").append(krWellFormed(path.view())).append(": ");
@@ -155,11 +155,11 @@ KRResult<KRBuffer> KRFile::read(KRText path) {
   if (!name) return noPath("read");
   const KRDescriptor descriptor(open(name->c_str(), O_RDONLY | O_CLOEXEC));
   if (!descriptor) return systemError(errno, "read", path);
-  return readAll(descriptor.number(), path);
+  return krReadAll(descriptor.number(), path);
 }
 
 KRResult<KRBuffer> KRFile::readStandardInput() {
-  return readAll(STDIN_FILENO, "standard input");
+  return krReadAll(STDIN_FILENO, "standard input");
 }
 
 KRResult<void> KRFile::write(KRText path, std::string_view bytes, const WriteOptions& options) {

@@ -14,6 +14,8 @@
 #include "platform/KRFile.h"
 #include "platform/KRFileLock.h"
 #include "platform/KRFilePreferences.h"
+#include "platform/KRFileWriter.h"
+#include "platform/KRRegularFile.h"
 
 namespace {
 
@@ -33,7 +35,7 @@ KRError damaged(const std::string& path) {
 }
 
 KRResult<Mark> markOfFile(const std::string& path) {
-  const KRResult<KRBuffer> bytes = KRFile::read(text(path));
+  const KRResult<KRBuffer> bytes = krReadRegularFile(text(path));
   if (bytes) return Mark(krUndoMark(bytes->view()));
   if (bytes.error().code == KRErrorCode::NotFound) return Mark();
   return bytes.error();
@@ -64,6 +66,7 @@ class FilesStep : public KRUndoStep {
     }
     for (const size_t i : back_) {
       if (KRResult<void> whole = checkKept(i); !whole) return whole.error();
+      if (KRResult<void> may = KRFileWriter::mayReplace(text(pathOf(i))); !may) return may.error();
       states[content_.pathOf(content_.files[i])] = content_.files[i].before;
     }
     target.changes = content_.files.size();
@@ -79,8 +82,8 @@ class FilesStep : public KRUndoStep {
     std::vector<KRBuffer> now;
     std::vector<KRBuffer> kept;
     for (const size_t i : back_) {
-      KRResult<KRBuffer> bytes = content_.files[i].after ? KRFile::read(text(pathOf(i))) : KRBuffer();
-      KRResult<KRBuffer> before = content_.files[i].before ? KRFile::read(text(keptAt(i))) : KRBuffer();
+      KRResult<KRBuffer> bytes = content_.files[i].after ? krReadRegularFile(text(pathOf(i))) : KRBuffer();
+      KRResult<KRBuffer> before = content_.files[i].before ? krReadRegularFile(text(keptAt(i))) : KRBuffer();
       if (!bytes) return bytes.error();
       if (!before) return before.error();
       now.push_back(*std::move(bytes));
@@ -134,10 +137,26 @@ class FilesStep : public KRUndoStep {
     return KRUndoRecorder::recordFiles(text(content_.folder), files);
   }
 
+  /// Whether the file was a link, and what it led to is as it was.
+  bool leadsToWhatWas(const KRUndoFiles::File& file) const {
+    if (file.link.empty()) return false;
+    const KRResult<Mark> there = markOfFile((fs::path(content_.pathOf(file)).parent_path() / file.link).string());
+    return there && *there == file.before;
+  }
+
+  KRResult<void> link(const KRUndoFiles::File& file) const {
+    const std::string path = content_.pathOf(file);
+    std::error_code failed;
+    fs::create_symlink(file.link, path, failed);
+    if (failed) return KRFile::systemError(failed.value(), "write", text(path));
+    return KRFile::flushFolder(text(content_.folder));
+  }
+
   KRResult<void> putBack(size_t i, const KRBuffer& kept) const {
     const std::string path = pathOf(i);
     const KRUndoFiles::File& file = content_.files[i];
     if (!file.before) return KRFile::remove(text(path));
+    if (leadsToWhatWas(file)) return link(file);
     KRFile::WriteOptions options;
     options.isPrivate = true;
     if (KRResult<void> written = KRFile::write(text(path), kept.view(), options); !written) return written;

@@ -5,6 +5,7 @@
 #include "platform/KRBinaryPlist.h"
 #include "platform/KRFile.h"
 #include "platform/KRPlistValue.h"
+#include "platform/KRRegularFile.h"
 
 namespace {
 
@@ -36,7 +37,7 @@ KRValue valueOf(std::string_view plist) {
 
 KRResult<KRUndoPart> KRUndoPart::read(const KRUndoRecords::Run& run, int64_t number) {
   const std::string path = run.at(number, "part");
-  const KRResult<KRBuffer> bytes = KRFile::read(std::string_view(path));
+  const KRResult<KRBuffer> bytes = krReadRegularFile(std::string_view(path));
   if (!bytes && bytes.error().code == KRErrorCode::NotFound)
     return KRError{KRErrorCode::Damaged, "the undo record is damaged: " + path + " is missing"};
   if (!bytes) return bytes.error();
@@ -66,6 +67,7 @@ std::string KRUndoFiles::fields() const {
     add(fields, file.before);
     add(fields, file.after);
   }
+  for (const File& file : files) fields.addBytes(file.link);
   return fields.take();
 }
 
@@ -83,6 +85,9 @@ std::optional<KRUndoFiles> KRUndoFiles::read(std::string_view bytes) {
     file.after = optionalMark(fields);
     content.files.push_back(std::move(file));
   }
+  // Earlier records end here.
+  for (size_t i = 0; i < content.files.size() && fields.isOk() && !fields.isAtEnd(); ++i)
+    content.files[i].link = fields.bytes();
   if (!fields.isOk()) return std::nullopt;
   return content;
 }

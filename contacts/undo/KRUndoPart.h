@@ -39,6 +39,8 @@ struct KRUndoFiles {
     std::optional<uint64_t> after{};
     /// The file's mode before.
     int64_t mode = 0;
+    /// What a removed one was a link to, as the link says it; empty for one that was none.
+    std::string link{};
   };
 
   /// Empty for a file that stands for itself.

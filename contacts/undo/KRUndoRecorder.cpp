@@ -14,6 +14,7 @@
 #include "contacts/undo/KRUndoPart.h"
 #include "platform/KRFile.h"
 #include "platform/KRFilePreferences.h"
+#include "platform/KRRegularFile.h"
 
 namespace {
 
@@ -31,6 +32,22 @@ std::string wholePath(KRText path) {
 int64_t modeOf(const std::string& path) {
   struct stat status = {};
   return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+/// What the path is a link to; empty for anything else.
+std::string linkAt(const std::string& path) {
+  std::error_code failed;
+  return fs::read_symlink(path, failed).string();
+}
+
+/// Keeps what a file holds, of a link by a copy: who removes a link leaves what it leads to where others may write.
+KRResult<void> keep(const std::string& path, const std::string& place) {
+  if (linkAt(path).empty()) return KRFile::keep(std::string_view(path), std::string_view(place));
+  const KRResult<KRBuffer> content = krReadRegularFile(std::string_view(path));
+  if (!content) return content.error();
+  KRFile::WriteOptions options;
+  options.isPrivate = true;
+  return KRFile::write(std::string_view(place), content->view(), options);
 }
 
 KRError named(const KRError& cause) {
@@ -139,7 +156,7 @@ KRResult<KRBuffer> KRUndoRecorder::contentBefore(KRText path, int64_t count) {
       if (change.what != whole) continue;
       if (!change.before) return none;
       const std::string kept = recorder->begun_->run.at(part->first, std::to_string(i));
-      KRResult<KRBuffer> content = KRFile::read(std::string_view(kept));
+      KRResult<KRBuffer> content = krReadRegularFile(std::string_view(kept));
       if (content && krUndoMark(content->view()) != *change.before) return none;
       return content;
     }
@@ -188,7 +205,7 @@ KRResult<KRUndoNote> KRUndoRecorder::recordRemoval(KRText path, KRText lockedAt)
 }
 
 KRResult<KRUndoNote> KRUndoRecorder::addFile(KRText path, std::optional<std::string_view> after, KRText lockedAt) {
-  const KRResult<KRBuffer> before = KRFile::read(path);
+  const KRResult<KRBuffer> before = krReadRegularFile(path);
   if (!before && before.error().code != KRErrorCode::NotFound) return named(before.error());
   File file = {std::string(path.view()), {}, after};
   if (before) file.before = before->view();
@@ -217,6 +234,7 @@ KRResult<KRUndoNote> KRUndoRecorder::addFiles(KRText folder, KRText lockedAt, co
     if (each.before) {
       file.before = krUndoMark(*each.before);
       file.mode = modeOf(path);
+      if (!each.after) file.link = linkAt(path);
     }
     if (each.after) file.after = krUndoMark(*each.after);
     changes.push_back({content.pathOf(file), file.before, file.after});
@@ -254,7 +272,7 @@ KRResult<void> KRUndoRecorder::writePart(KRText kind, const std::string& fields,
   for (size_t i = 0; i < kept.size(); ++i) {
     if (kept[i].empty()) continue;
     const std::string place = begun_->run.at(parts_, std::to_string(i));
-    if (KRResult<void> done = KRFile::keep(std::string_view(kept[i]), std::string_view(place)); !done) return done;
+    if (KRResult<void> done = keep(kept[i], place); !done) return done;
   }
   // The flush of the folder that ends this makes the files above safe too.
   return KRUndoPart{parts_, std::string(kind.view()), fields}.write(begun_->run);

@@ -13,6 +13,7 @@
 #include "contacts/undo/KRUndoFields.h"
 #include "platform/KRFile.h"
 #include "platform/KRHostInfo.h"
+#include "platform/KRRegularFile.h"
 
 namespace {
 
@@ -56,7 +57,7 @@ bool look(KRUndoRecords::Run& run) {
 
 /// Nothing for a folder that was made only just: the first file in it says what it is.
 std::optional<KRUndoRecords::Run> runAt(const std::string& folder, int64_t number) {
-  const KRResult<KRBuffer> bytes = KRFile::read(std::string_view(runFile(folder)));
+  const KRResult<KRBuffer> bytes = krReadRegularFile(std::string_view(runFile(folder)));
   const bool isMissing = !bytes && bytes.error().code == KRErrorCode::NotFound;
   KRUndoReader fields(bytes ? bytes->view() : std::string_view());
   KRUndoRecords::Run run;
