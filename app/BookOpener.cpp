@@ -11,7 +11,6 @@
 #include "app/Unusable.h"
 #include "app/UserBooks.h"
 #include "contacts/stores/KRBookPaths.h"
-#include "contacts/stores/KRSQLiteLibrary.h"
 #include "contacts/vcard/KRVCardBook.h"
 #include "platform/KRASCII.h"
 #include "platform/KRFile.h"
@@ -143,8 +142,7 @@ bool isNoPath(const std::string& word) {
 
 /// Whether there is something at the path that keeps books of its own, unlike a file that is read.
 bool isStore(const std::string& path) {
-  return KRFile::kind(std::string_view(path)) == KRFile::Kind::Folder ||
-         KRSQLiteLibrary::isDatabase(std::string_view(path));
+  return KRFile::kind(std::string_view(path)) == KRFile::Kind::Folder || krIsLibraryPath(std::string_view(path));
 }
 
 KRRef<KRAddressBook> storeAt(const std::string& path) {
@@ -171,7 +169,10 @@ KRRef<KRAddressBook> BookOpener::open(const std::vector<std::string>& words, boo
   if (words.empty()) return UserBooks::opened({}, terminal);
   for (const std::string& word : words) {
     const bool isBook = isNoPath(word) && UserBooks::find(word, terminal) != nullptr;
-    if (!isBook && !isStore(word)) continue;
+    if (!isBook && !isStore(word)) {
+      if (word != kStandardInput) UserBooks::checkFile(word, terminal);
+      continue;
+    }
     if (words.size() > 1) throw Unusable(word + ": only files can be taken together as one address book");
     return isBook ? UserBooks::opened(word, terminal) : entered(storeAt(word));
   }

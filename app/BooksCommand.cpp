@@ -40,7 +40,7 @@ std::string absolutePath(const std::string& path) {
 /// the list that never opens.
 std::vector<KRBookSource> usableBooksAt(const std::string& path, Terminal& terminal) {
   if (KRFile::kind(std::string_view(path)) == KRFile::Kind::Other) throw Unusable(path + ": this is no file or folder");
-  const bool isDatabase = KRSQLiteLibrary::isDatabase(std::string_view(path));
+  const bool isDatabase = krIsLibraryPath(std::string_view(path));
   // A file that is no address book at all would open as an empty one.
   if (!isDatabase && KRFile::kind(std::string_view(path)) != KRFile::Kind::Folder) {
     static_cast<void>(BookOpener::open({path}, false, terminal));

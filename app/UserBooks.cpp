@@ -7,6 +7,7 @@
 #include "app/Unusable.h"
 #include "contacts/KRTrashAddressBookID.h"
 #include "contacts/stores/KRAddedBooks.h"
+#include "contacts/stores/KRUnavailableBook.h"
 #include "platform/KRFile.h"
 #include "platform/KRMainQueue.h"
 
@@ -37,12 +38,24 @@ bool isLikePath(const std::string& word) {
   return word.find('/') != std::string::npos || (extension.size() > 2 && extension.find(' ') == std::string::npos);
 }
 
+/// Why a database cannot be opened whose books, and so their names, are not known; or "".
+std::string unknownBooks(Terminal& terminal) {
+  for (const KRAddressBook& book : UserBooks::manager(terminal).addressBookArray()) {
+    const auto* unavailable = dynamic_cast<const KRUnavailableBook*>(&book);
+    if (unavailable != nullptr && book.kind() == "sqlite") return unavailable->error().sentence;
+  }
+  return {};
+}
+
 /// Why the word calls no book.
-std::string missing(const std::string& word) {
+std::string missing(const std::string& word, Terminal& terminal) {
   if (KRFile::kind(std::string_view(word)) != KRFile::Kind::Missing) {
     return word + ": this is none of your books; \"krcontacts books add\" adds what is at a path";
   }
   if (isLikePath(word)) return word + ": there is no such file, and no book of that name";
+  if (const std::string reason = unknownBooks(terminal); !reason.empty()) {
+    return "\"" + word + "\" is none of the books that can be opened; those of a database cannot: " + reason;
+  }
   return "there is no book \"" + word + "\"; \"krcontacts books\" shows those there are";
 }
 
@@ -78,8 +91,12 @@ KRAddressBook* UserBooks::find(const std::string& word, Terminal& terminal) {
 
 KRRef<KRAddressBook> UserBooks::get(const std::string& word, Terminal& terminal) {
   KRAddressBook* book = find(word, terminal);
-  if (book == nullptr) throw Unusable(missing(word));
+  if (book == nullptr) throw Unusable(missing(word, terminal));
   return KRRef<KRAddressBook>(book);
+}
+
+void UserBooks::checkFile(const std::string& word, Terminal& terminal) {
+  if (!isLikePath(word) && KRFile::kind(std::string_view(word)) == KRFile::Kind::Missing) get(word, terminal);
 }
 
 KRRef<KRAddressBook> UserBooks::opened(const std::string& word, Terminal& terminal) {

@@ -19,6 +19,10 @@ KRAddressBook* find(const std::string& word, Terminal& terminal);
 /// The same, but throws `Unusable` when there is none.
 KRRef<KRAddressBook> get(const std::string& word, Terminal& terminal);
 
+/// Throws `Unusable` for a word that calls neither a book nor anything at a path, unless it reads like the path of a
+/// file: whoever opens that tells why it cannot be.
+void checkFile(const std::string& word, Terminal& terminal);
+
 /// That book, or the default one when the word is empty, with its contacts read. Throws `Unusable` when there is none
 /// or it cannot be read; when there is no book but the trash, that says how to add one.
 KRRef<KRAddressBook> opened(const std::string& word, Terminal& terminal);

@@ -3,11 +3,13 @@
 #include <errno.h>
 
 #include <memory>
+#include <string_view>
 
 #include "contacts/stores/KRSQLiteLibrary.h"
 #include "contacts/stores/KRVCardFileStore.h"
 #include "contacts/stores/KRVCardFolderStore.h"
 #include "contacts/vcard/KRVCardBook.h"
+#include "platform/KRASCII.h"
 #include "platform/KRFile.h"
 
 namespace {
@@ -38,7 +40,16 @@ KRBookSource sourceOf(const KRString& place) {
 
 std::vector<KRBookSource> krBooksAtPath(KRText path) {
   const KRString place(path);
-  if (KRSQLiteLibrary::isDatabase(place)) return libraryAt(place);
+  if (krIsLibraryPath(place)) return libraryAt(place);
   if (KRFile::kind(place) == KRFile::Kind::Folder) return {sourceOf<KRVCardFolderStore>(place)};
   return {sourceOf<KRVCardFileStore>(place)};
+}
+
+bool krIsLibraryPath(KRText path) {
+  if (KRSQLiteLibrary::isDatabase(path)) return true;
+  constexpr std::string_view kEnd = ".sqlite";
+  const std::string_view text = path.view();
+  const bool isNamedSo =
+      text.size() > kEnd.size() && krEqualsIgnoringCase(text.substr(text.size() - kEnd.size()), kEnd);
+  return isNamedSo && KRFile::kind(path) == KRFile::Kind::Regular;
 }

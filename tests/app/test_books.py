@@ -2,6 +2,7 @@
 """The user's address books: listed, added, taken out of the list, shown and scanned by their IDs."""
 import os
 import sqlite3
+import subprocess
 
 import host
 
@@ -212,6 +213,41 @@ class Books(host.HostTest):
         self.assertEqual("Family", self.run_host("show", "--json", place).json()["addressBook"]["name"])
         self.new("Work")
         self.refused("show", place, reason="several books")
+
+    def run_as_anybody(self, *words):
+        """Runs the program as a user whom files can be kept from, which root is not."""
+        if os.geteuid() != 0:
+            return self.run_host(*words, code=2)
+        self.folder.chmod(0o777)
+        for path in (self.home, *self.home.rglob("*")):
+            if path.is_dir():
+                path.chmod(0o777)
+        done = subprocess.run([host.PROGRAM, *map(os.fspath, words)], stdin=subprocess.DEVNULL, capture_output=True,
+                              cwd=self.folder, env=self.environment(), user=65534, group=65534, extra_groups=[])
+        self.assertEqual(2, done.returncode, done)
+        return host.Result(done.returncode, done.stdout.decode(), done.stderr.decode())
+
+    def test_a_database_that_cannot_be_opened_is_told_with_its_path_and_the_reason(self):
+        self.new("Family")
+        (place,) = self.home.rglob("contacts.sqlite")
+        for end in ("-wal", "-shm"):
+            place.with_name(place.name + end).unlink(missing_ok=True)
+        content = place.read_bytes()
+        commands = (("scan", "Family"), ("show", "Family"), ("books", "show", "Family"), ("scan", place),
+                    ("books", "add", place), ("fix", "Family", "--apply", "blank-name=ignore"))
+        for damage, reason in ((lambda: place.write_bytes(bytes(range(256)) * 32), "this is no database"),
+                               (lambda: place.chmod(0), "Permission denied")):
+            place.chmod(0o666)
+            place.write_bytes(content)
+            damage()
+            for words in commands:
+                with self.subTest((*words, reason)):
+                    result = self.run_as_anybody(*words)
+                    self.assertEqual(("", 1), (result.out, result.err.count("\n")), result.err)
+                    self.assertIn(str(place), result.err)
+                    self.assertIn(reason, result.err)
+        place.chmod(0o666)
+        self.assertIn('"Nowhere"', self.run_host("scan", "Nowhere", code=2).err)
 
     def test_a_book_stands_alone(self):
         path = self.write("a.vcf", ANN)
