@@ -91,6 +91,7 @@ void CardTarget::finish(Terminal& terminal) {
 
 void CardTarget::append(std::string_view bytes) {
   if (!file_) {
+    KRFileWriter::removeLeftovers(std::string_view(to_));
     KRResult<KRFileWriter> opened = KRFileWriter::open(std::string_view(to_));
     if (!opened) throw Unusable(opened.error().sentence);
     file_.emplace(*std::move(opened));

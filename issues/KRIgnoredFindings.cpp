@@ -16,6 +16,7 @@
 #include "platform/KRDigest.h"
 #include "platform/KRFile.h"
 #include "platform/KRFileLock.h"
+#include "platform/KRFileWriter.h"
 #include "platform/KRHostInfo.h"
 
 namespace {
@@ -245,6 +246,7 @@ KRResult<void> KRIgnoredFindings::save() {
   if (KRResult<void> made = KRFile::createFolders(folder(), true); !made) return made;
   const KRResult<KRFileLock> lock = KRFileLock::hold(folder());
   if (!lock) return lock.error();
+  KRFileWriter::removeLeftovers(file);
   KRIgnoredFindings now(bookID_);
   if (KRResult<void> read = now.read(); !read) return read;
   for (const KRString& key : forgotten_) now.forget(key);

@@ -95,6 +95,12 @@ class Convert(Files):
         self.assertIn("Phone 20000 - Value", (self.folder / "a.csv").read_text())
         self.assertEqual(self.values(source), self.values("a.csv", "--dialect", "rfc4180"))
 
+    def test_what_a_killed_run_left_beside_the_file_goes(self):
+        source = self.write("a.vcf", FORMULAS)
+        left = self.write(".krcontacts.new-a1B2c3", "half")
+        self.run_host("convert", source, "--to", "a.csv")
+        self.assertFalse(left.exists())
+
     def test_what_could_not_be_read_back_is_not_written(self):
         source = self.write("a.vcf", host.card("N:Lee;Ann;;;", *(f"TEL:{number}" for number in range(140000)), "UID:ann"))
         result = self.run_host("convert", source, "--to", "a.csv", code=2)
