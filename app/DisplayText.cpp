@@ -76,6 +76,16 @@ std::string fittedText(std::string_view text, size_t width) {
   return std::string(text.substr(0, end)) + "…";
 }
 
+std::string shortenedText(std::string_view text, size_t width) {
+  const size_t all = displayWidth(text);
+  if (all <= width) return std::string(text);
+  const size_t atEnd = (width - std::min<size_t>(width, 1)) / 2;
+  size_t used = 0;
+  size_t start = 0;
+  while (start < text.size() && all - used > atEnd) used += pointWidth(krNextCodePoint(text, start));
+  return fittedText(text, width - atEnd) + std::string(text.substr(start));
+}
+
 std::vector<std::string> wrappedText(std::string_view text, size_t width) {
   width = std::max<size_t>(width, 8);
   std::vector<std::string> lines;

@@ -19,6 +19,9 @@ std::string shownText(std::string_view text);
 /// The text cut to at most `width` cells, with "…" at the end when something is missing.
 std::string fittedText(std::string_view text, size_t width);
 
+/// The text cut to at most `width` cells, with "…" in its middle for what is missing.
+std::string shortenedText(std::string_view text, size_t width);
+
 /// Lines of at most `width` cells (at least 8). Broken at spaces, which the break swallows, and before wide characters;
 /// a word longer than a line is broken where the line ends. Never empty: no text makes one empty line.
 std::vector<std::string> wrappedText(std::string_view text, size_t width);

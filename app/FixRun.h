@@ -69,9 +69,10 @@ class FixRun {
 
   /// Whether there is anything to save.
   bool hasChanges() const;
-  /// Writes the trash, the book, and the settings that were changed, in this order. Throws `Unusable` when that fails:
-  /// then the book's store and the settings are as they were, the trash holds no contact that the book has too, and
-  /// nothing is lost: the changes are still in memory.
+  /// Writes the trash, the book, and the settings that were changed, in this order. Throws `Unusable` when that fails.
+  /// When it is the trash or the book, the book's store and the settings are as they were, the trash holds no contact
+  /// that the book has too, and nothing is lost: the changes are still in memory. When it is the settings, trash and
+  /// book stand as saved, and the sentence says so.
   void save();
 
  private:

@@ -155,9 +155,10 @@ Usage:
 
 PERSON is a number of the list, or the ID of a contact; a word of digits is a
 number as long as the list is that long. A contact leaves the trash only after
-it was saved in its book. One that the book has already, the same in everything
-shown and of the same ID, is not restored a second time: that is said, and it
-stays in the trash.
+it was saved in its book. Those of a file or folder that is in no list go back
+there while it is still there. One that the book has already, the same in
+everything shown and of the same ID, is not restored a second time: that is
+said, and it stays in the trash.
 
   --into BOOK  restore to this book, or the one at this path, not to those that
                they came from

@@ -15,7 +15,9 @@ BOOK is the ID or the name of one of your books ("krcontacts books" shows them)
 or the path of a file or folder of vCards or of a database; without it your
 default book is fixed. All contacts are scanned. What is deleted or merged goes
 to the trash. Book and trash are saved together; when that cannot be done,
-everything is left as it was.
+everything is left as it was. Then come settings that a fix changes, then what
+is remembered: when one of these cannot be written, that is said, what was
+written before stays, and "krcontacts undo" takes it back.
 
 Without --apply, on a terminal: finding by finding, with the contacts side by
 side ("≠" marks what differs, "=" what a contact has twice), the fixes numbered,
@@ -131,7 +133,7 @@ names the same one twice, is passed over.
 
 Usage:
   krcontacts ignored [--json]                of all books, book by book
-  krcontacts ignored list BOOK [--json]
+  krcontacts ignored [list] BOOK [--json]
   krcontacts ignored forget BOOK NUMBER...   see them again
   krcontacts ignored forget BOOK --all
 

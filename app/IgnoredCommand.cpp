@@ -100,6 +100,7 @@ IgnoredCommand::IgnoredCommand(CLI::App& app)
       forget_(words_->add_subcommand("forget")) {
   list_->fallthrough();
   forget_->fallthrough();
+  words_->add_option("BOOK", listed_);
   list_->add_option("BOOK", book_);
   forget_->add_option("BOOK", book_);
   forget_->add_option("NUMBER", numbers_);
@@ -114,6 +115,10 @@ bool IgnoredCommand::isChosen() const {
 }
 
 int IgnoredCommand::run(Terminal& terminal) {
+  if (!listed_.empty()) {
+    if (forget_->parsed() || !book_.empty()) throw Unusable("the ignored findings of one book are shown at a time");
+    book_ = listed_;
+  }
   if (forget_->parsed()) {
     forget(terminal);
   } else {

@@ -24,6 +24,8 @@ class IgnoredCommand : public Command {
   CLI::App* list_;
   CLI::App* forget_;
   std::string book_;
+  /// The book of `ignored BOOK`, without a verb.
+  std::string listed_;
   std::vector<std::string> numbers_;
   bool all_ = false;
   bool dryRun_ = false;

@@ -4,6 +4,7 @@
 #include <initializer_list>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "app/DisplayText.h"
 #include "app/HandleNames.h"
@@ -85,11 +86,37 @@ std::string lineAndColumn(std::string_view text, size_t byte) {
   return std::to_string(lines + 1) + ":" + std::to_string(column + 1);
 }
 
+/// Refuses a name that stands twice in an object: which of the two is meant cannot be told.
+class Names {
+ public:
+  explicit Names(const std::string& file) : file_(file) {}
+
+  bool operator()(int /*depth*/, Json::parse_event_t event, Json& parsed) {
+    if (event == Json::parse_event_t::object_start) known_.emplace_back();
+    if (event == Json::parse_event_t::object_end) known_.pop_back();
+    if (event == Json::parse_event_t::key && !known_.back().insert(parsed.get<std::string>()).second) {
+      const std::string name = fittedText(shownText(parsed.get<std::string>()), kLongestName);
+      throw Unusable(file_ + ": \"" + name + "\" stands twice in one object");
+    }
+    return true;
+  }
+
+ private:
+  const std::string& file_;
+  /// Of the objects that are open.
+  std::vector<std::unordered_set<std::string>> known_;
+};
+
 Json parsed(std::string_view text, const std::string& file) {
+  const std::string noJson = ": this is no JSON document";
   try {
-    return Json::parse(text);
+    Json document = Json::parse(text, Names(file));
+    // A zero counts as the end there, and nothing behind it would be read.
+    if (const size_t zero = text.find('\0'); zero != std::string_view::npos)
+      throw Unusable(file + ":" + lineAndColumn(text, zero + 1) + noJson);
+    return document;
   } catch (const Json::parse_error& error) {
-    throw Unusable(file + ":" + lineAndColumn(text, error.byte) + ": this is no JSON document");
+    throw Unusable(file + ":" + lineAndColumn(text, error.byte) + noJson);
   } catch (const Json::exception&) {
     throw Unusable(file + ": there is a number in it that is too large");
   }

@@ -13,6 +13,9 @@ namespace {
 
 constexpr size_t kFallbackWidth = 80;
 constexpr size_t kFallbackHeight = 24;
+/// What is told is to be read: longer paths and identifiers are shortened, and longer lists.
+constexpr size_t kLongestWord = 300;
+constexpr size_t kLongestLine = 4000;
 
 std::string_view environment(const char* name) {
   const char* value = std::getenv(name);
@@ -65,6 +68,19 @@ std::string_view sequence(Style style) {
   return {};
 }
 
+/// The line, which is well-formed, at a length that can be read.
+std::string readable(std::string_view line) {
+  std::string text;
+  while (!line.empty()) {
+    const size_t end = std::min(line.find(' '), line.size());
+    text += shortenedText(line.substr(0, end), kLongestWord);
+    const size_t next = std::min(line.find_first_not_of(' ', end), line.size());
+    text += line.substr(end, next - end);
+    line.remove_prefix(next);
+  }
+  return shortenedText(text, kLongestLine);
+}
+
 }  // namespace
 
 Terminal::Terminal()
@@ -112,7 +128,7 @@ void Terminal::line(std::string_view text) {
 
 void Terminal::say(std::string_view line) {
   progress_.clear();
-  const std::string whole = "krcontacts: " + shownText(line);
+  const std::string whole = "krcontacts: " + readable(shownText(line));
   if (!isTerminal(STDERR_FILENO)) {
     writeAll(STDERR_FILENO, whole + "\n");
     return;

@@ -16,6 +16,8 @@
 #include "app/UserBooks.h"
 #include "contacts/model/KRSaveScope.h"
 #include "contacts/undo/KRUndoTurn.h"
+#include "contacts/vcard/KRVCardBook.h"
+#include "platform/KRFile.h"
 
 namespace {
 
@@ -51,6 +53,14 @@ std::string origin(const KRTempPerson& person) {
   if (book != nullptr) return shownText(book->name().view());
   const KRString ID = person.fromID();
   return ID.isEmpty() ? "no book" : shownText(ID.view());
+}
+
+/// The file or folder that the person came from, when it is still there though in no list; or null.
+KRRef<KRAddressBook> bookAtItsPlace(const KRTempPerson& person, Terminal& terminal) {
+  const KRString path = KRVCardBook::fileOfID(person.fromID());
+  const KRFile::Kind kind = KRFile::kind(path);
+  if (kind != KRFile::Kind::Regular && kind != KRFile::Kind::Folder) return {};
+  return BookOpener::openWritable(std::string(path.view()), terminal);
 }
 
 /// Puts a person back; how many of its groups are gone from the book.
@@ -229,6 +239,7 @@ std::vector<TrashCommand::Batch> TrashCommand::batches(const Persons& persons, T
     KRRef<KRAddressBook> book = into;
     if (!book) {
       book = KRRef<KRAddressBook>(trash().addressBookofPersonFrom(person.get()));
+      if (!book) book = bookAtItsPlace(*person, terminal);
       if (!book) {
         throw Unusable(personText(*person) + " came from " + origin(*person) +
                        ", which is not in the list of books; --into BOOK puts it into another one");
@@ -268,6 +279,7 @@ size_t TrashCommand::putBack(Batch& batch, Terminal& terminal) const {
 
 int TrashCommand::restore(Terminal& terminal) {
   if (all_ && !persons_.empty()) throw Unusable("--all means every contact; none can be named beside it");
+  if (restore_->count("--into") > 0 && into_.empty()) throw Unusable("--into names no book");
   const Persons persons = all_ ? meant() : named();
   if (persons.empty()) terminal.paragraph("The trash is empty");
   std::vector<Batch> all = batches(persons, terminal);
@@ -307,7 +319,8 @@ int TrashCommand::restore(Terminal& terminal) {
     terminal.paragraph((dryRun_ ? "Would restore " : "Restored ") + contacts(batch.persons.size()) + " to " +
                        UserBooks::described(*batch.book));
     if (batch.twins > 0) {
-      terminal.paragraph(std::to_string(batch.twins) + " of them the same in everything shown as another one there");
+      terminal.paragraph(std::to_string(batch.twins) + (batch.twins == 1 ? " of them is" : " of them are") +
+                         " the same in everything shown as another one there");
     }
   }
   if (goneGroups > 0) {

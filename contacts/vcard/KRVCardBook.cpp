@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr std::string_view kIDStart = "vcard:";
+
 /// Whether the bytes hold anything but white space and byte-order marks.
 bool isBlank(std::string_view bytes) noexcept {
   return bytes.find_first_not_of(std::string_view(" \t\r\n\0\xEF\xBB\xBF\xFE\xFF", 10)) == std::string_view::npos;
@@ -16,13 +18,17 @@ bool isBlank(std::string_view bytes) noexcept {
 
 }  // namespace
 
+KRString KRVCardBook::fileOfID(KRText ID) {
+  return ID.view().starts_with(kIDStart) ? KRString(ID.view().substr(kIDStart.size())) : KRString();
+}
+
 KRString KRVCardBook::IDForFile(KRText path) {
   std::error_code error;
   const std::filesystem::path whole = std::filesystem::absolute(std::filesystem::path(path.view()), error);
-  if (error) return KRString("vcard:" + std::string(path.view()));
+  if (error) return krConcat({kIDStart, path});
   // Through links, so that a file is one book by whichever of its names it is opened.
   const std::filesystem::path real = std::filesystem::weakly_canonical(whole, error);
-  return KRString("vcard:" + (error ? whole.lexically_normal() : real).string());
+  return KRString(std::string(kIDStart) + (error ? whole.lexically_normal() : real).string());
 }
 
 KRString KRVCardBook::nameForFile(KRText path) {

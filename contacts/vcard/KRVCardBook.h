@@ -35,6 +35,8 @@ class KRVCardBook : public KRAddressBook {
   static KRResult<KRRef<KRVCardBook>> open(KRText path, const KRVCardNoteSink& notes = {});
   /// The ID of a book of that file, the same through whichever link, and its name.
   static KRString IDForFile(KRText path);
+  /// The path in such an ID; nothing for any other.
+  static KRString fileOfID(KRText ID);
   static KRString nameForFile(KRText path);
 
   KRString kind() const override;

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Ignored findings: remembered with their book, left out of scans, listed, forgotten, and known again after an import."""
 import json
+import resource
 import stat
+import subprocess
 
 import host
 import schema
@@ -121,6 +123,12 @@ class Ignored(host.HostTest):
         self.run_host("ignored", "forget", self.book, "--all")
         self.assertEqual([], self.listed())
 
+    def test_a_book_without_a_verb_is_listed(self):
+        self.ignore()
+        self.assertEqual(self.run_host("ignored", "list", self.book).out, self.run_host("ignored", self.book).out)
+        self.assertEqual({"book", "ignored"}, set(self.run_host("ignored", self.book, "--json").json()))
+        self.run_host("ignored", "nowhere", code=2)
+
     def test_without_a_book_those_of_all_books_are_listed(self):
         out = self.run_host("ignored").out
         self.assertIn("krcontacts fix --remember", out)
@@ -165,6 +173,30 @@ class Ignored(host.HostTest):
         self.assertEqual([good], [book["ignored"] for book in result.json()["books"]])
         self.assertIn("this is no file of ignored findings", result.err)
         self.assertEqual(1, result.err.count("\n"))
+
+    def test_fixes_stay_when_what_is_ignored_cannot_be_remembered_and_undo_takes_them_back(self):
+        self.book.write_text("".join(host.card(f"N:;P{n};;Xx;", f"UID:{n}") for n in range(500)) +
+                             2 * host.card("N:Finch;Oliver;;;", "FN:Oliver Finch", "TEL:5"))
+        before = self.book.read_bytes()
+        # There is room for the book, and none for what is ignored.
+        limit = len(before) + 5000
+        failed = subprocess.run([host.PROGRAM, "fix", self.book, "--apply", "unusual-title=ignore", "--apply",
+                                 "exact-duplicates=delete-duplicates", "--remember"], capture_output=True,
+                                cwd=self.folder, env=self.environment(), restore_signals=False,
+                                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+        self.assertEqual((2, b""), (failed.returncode, failed.stdout), failed.stderr)
+        self.assertIn(b"the fixes are saved, but what is ignored is not remembered", failed.stderr)
+        self.assertEqual(1, self.book.read_text().count("Oliver Finch"))
+        self.assertEqual({"books": []}, self.run_host("ignored", "--json").json())
+        self.run_host("undo")
+        self.assertEqual(before, self.book.read_bytes())
+
+    def test_what_a_killed_run_left_behind_goes_with_the_next_save(self):
+        self.ignore()
+        left = self.file().with_name(".krcontacts.new-a1B2c3")
+        left.touch()
+        self.ignore(issue="unusual-title")
+        self.assertFalse(left.exists())
 
     def test_undo_takes_what_was_remembered_or_forgotten_back(self):
         self.ignore()

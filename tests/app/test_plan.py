@@ -255,6 +255,27 @@ class Plan(host.HostTest):
             self.refused(text, place)
         self.refused("{\"a\":" * 50000 + "1" + "}" * 50000, "there is no \"plan\"")
 
+    def test_what_stands_behind_the_document_or_twice_in_it_is_refused(self):
+        text = json.dumps(self.plan("exact-duplicates=delete-duplicates"))
+        for behind in ("\0", "\0garbage", "\n\0", " garbage", "{}"):
+            self.refused(text + behind, f":{2 if behind[0] == chr(10) else 1}:", "no JSON document")
+        self.refused(text[:-1] + ', "fixes": []}', '"fixes" stands twice')
+        self.refused(text.replace('"persons"', '"issue": "blank-name", "persons"'), '"issue" stands twice')
+
+    def test_long_and_odd_texts_of_a_plan_are_told_in_a_line_that_can_be_read(self):
+        good = self.plan("exact-duplicates=delete-duplicates")
+        for path, ID, said in (("/" + "very-long/" * 800 + "end.vcf", "x", ("/very-long", "…", "end.vcf: there is no")),
+                               (None, "i" * 5000, ("iii…iii", "--book")), (None, "a\0b", ("a\\x00b", "--book")),
+                               ("/a\0b.vcf", "x", ("/a\\x00b.vcf", "no such file"))):
+            plan = {**good, "book": {"id": ID, "path": path}}
+            err = self.apply(plan, code=2).err
+            self.assertEqual(1, err.count("\n"), err)
+            self.assertLess(len(err), 1000)
+            for each in said:
+                self.assertIn(each, err)
+        good["fixes"][0]["persons"][0].update(name="Ann\0Lee", digest="")
+        self.refused(good, "Ann\\x00Lee", "has changed")
+
     def test_what_is_no_plan_is_refused_with_its_place_and_reason(self):
         good = self.plan("exact-duplicates=delete-duplicates", "invalid-characters=edit")
         self.assertEqual(2, len(good["fixes"]))

@@ -129,7 +129,7 @@ class Trash(host.HostTest):
         self.run_host("books", "add", self.write("Twins.vcf", ANN + ANN.replace("UID:ann", "UID:other")))
         self.run_host("fix", "Twins.vcf", "--apply", "exact-duplicates=delete-duplicates")
         self.assertEqual(["Ann Barrow"], self.names("Twins.vcf"))
-        self.assertIn("1 of them the same", self.run_host("trash", "restore", "1").out)
+        self.assertIn("1 of them is the same in everything shown", self.run_host("trash", "restore", "1").out)
         self.assertEqual(["Ann Barrow"] * 2, self.names("Twins.vcf"))
         self.assertEqual([], self.listed())
 
@@ -140,6 +140,28 @@ class Trash(host.HostTest):
         self.assertIn("Restored 2 contacts to", self.run_host("trash", "restore", "--all", "--into", book).out)
         self.assertEqual([], self.listed())
         self.assertEqual(["Bob", "Ann Barrow", "Bob"], self.names(book))
+
+    def test_several_equal_contacts_are_told_as_several(self):
+        self.run_host("books", "add", self.write("Twins.vcf", "".join(ANN.replace("ann", f"a{n}") for n in range(3))))
+        self.run_host("fix", "Twins.vcf", "--apply", "exact-duplicates=delete-duplicates")
+        self.assertIn("2 of them are the same in everything shown", self.run_host("trash", "restore", "--all").out)
+
+    def test_restore_finds_the_file_or_folder_that_is_in_no_list(self):
+        twin = ANN.replace("UID:ann", "UID:other")
+        file = self.write("Twins.vcf", ANN + twin)
+        self.write("cards/a.vcf", ANN)
+        self.write("cards/b.vcf", twin)
+        for book in (file, self.folder / "cards"):
+            self.run_host("fix", book, "--apply", "exact-duplicates=delete-duplicates")
+            self.assertEqual(["Ann Barrow"], self.names(book))
+        self.assertIn("Restored 1 contact to", self.run_host("trash", "restore", "--all").out)
+        for book in (file, self.folder / "cards"):
+            self.assertEqual(["Ann Barrow"] * 2, self.names(book))
+        self.assertEqual([], self.listed())
+        self.run_host("fix", file, "--apply", "exact-duplicates=delete-duplicates")
+        file.unlink()
+        self.assertIn("--into BOOK", self.run_host("trash", "restore", "1", code=2).err)
+        self.assertFalse(file.exists())
 
     def test_a_filter_that_nobody_passes_says_so(self):
         self.trash()
@@ -201,7 +223,7 @@ class Trash(host.HostTest):
     def test_what_makes_no_sense_is_refused(self):
         self.trash()
         for words in (("restore",), ("remove",), ("restore", "nobody"), ("show", "7"), ("restore", "1", "--all"),
-                      ("restore", "1", "--into", "Nowhere"), ("restore", "1", "--into", "Trash")):
+                      ("restore", "1", "--into", "Nowhere"), ("restore", "1", "--into", ""), ("restore", "1", "--into", "Trash")):
             result = self.run_host("trash", *words, code=2)
             self.assertEqual(("", 1), (result.out, result.err.count("\n")), result.err)
         self.assertEqual(2, len(self.listed()))
