@@ -9,57 +9,9 @@
 #include "platform/KRCaseFolding.h"
 #include "platform/KRHanReading.h"
 #include "platform/KRICU.h"
+#include "platform/KRLatinSpacing.h"
 
 namespace {
-
-/// What the rules for spaces ask about a character.
-struct Traits {
-  /// A letter that may follow one of those below.
-  bool isLetter = false;
-  /// Belongs to the letter before it.
-  bool isMark = false;
-  /// A letter right behind it is set off by a space: ideographs, closing brackets, and punctuation that ends something.
-  bool setsOffLetter = false;
-  /// Is set off from a letter before it: ideographs and opening brackets.
-  bool isSetOff = false;
-};
-
-constexpr auto kAsciiTraits = [] {
-  std::array<Traits, 128> table = {};
-  for (size_t c = 'A'; c <= 'Z'; ++c) table[c].isLetter = table[c + 32].isLetter = true;
-  for (const char c : std::string_view(".,:;?!)]}")) table[static_cast<unsigned char>(c)].setsOffLetter = true;
-  for (const char c : std::string_view("([{")) table[static_cast<unsigned char>(c)].isSetOff = true;
-  return table;
-}();
-
-Traits traitsOf(char32_t character) noexcept {
-  if (character < 0x80) return kAsciiTraits[character];
-  const auto point = static_cast<UChar32>(character);
-  const uint32_t category = U_GET_GC_MASK(point);
-  const bool isIdeograph = u_hasBinaryProperty(point, UCHAR_IDEOGRAPHIC) != 0;
-  constexpr std::u32string_view kEnds = U"！，．：？｡、；";
-  return {.isLetter = (category & U_GC_L_MASK) != 0,
-          .isMark = (category & U_GC_M_MASK) != 0,
-          .setsOffLetter = isIdeograph || (category & (U_GC_PE_MASK | U_GC_PF_MASK)) != 0 ||
-                           kEnds.find(character) != std::u32string_view::npos,
-          .isSetOff = isIdeograph || (category & (U_GC_PS_MASK | U_GC_PI_MASK)) != 0};
-}
-
-/// Puts spaces between characters one after the other.
-class Spacing {
- public:
-  /// Whether a space stands before this character.
-  bool before(const Traits& next) noexcept {
-    const bool isSpaced = (setsOffLetter_ && next.isLetter) || (followsLetter_ && next.isSetOff);
-    followsLetter_ = next.isLetter || (next.isMark && followsLetter_);
-    setsOffLetter_ = next.setsOffLetter;
-    return isSpaced;
-  }
-
- private:
-  bool followsLetter_ = false;
-  bool setsOffLetter_ = false;
-};
 
 char upperAscii(char c) noexcept {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
@@ -68,14 +20,15 @@ char upperAscii(char c) noexcept {
 /// The result for plain ASCII, which needs no memory but the result's own.
 KRString fromAscii(std::string_view text) {
   size_t size = text.size();
-  Spacing counting;
-  for (const char c : text) size += static_cast<size_t>(counting.before(kAsciiTraits[static_cast<unsigned char>(c)]));
+  KRLatinSpacing counting;
+  for (const char c : text)
+    size += static_cast<size_t>(counting.before(kKRLatinAsciiTraits[static_cast<unsigned char>(c)]));
   if (size == 0) return ""_kr;
   KRSlab* slab = KRSlab::create(static_cast<uint32_t>(size));
   char* place = slab->bytes();
-  Spacing spacing;
+  KRLatinSpacing spacing;
   for (const char c : text) {
-    if (spacing.before(kAsciiTraits[static_cast<unsigned char>(c)])) *place++ = ' ';
+    if (spacing.before(kKRLatinAsciiTraits[static_cast<unsigned char>(c)])) *place++ = ' ';
     *place++ = upperAscii(c);
   }
   KRString result = KRString::slice(slab, 0, static_cast<uint32_t>(size));
@@ -150,9 +103,9 @@ bool spread(std::string_view text, std::u32string& spaced) {
     if (!appendPlain(plain, krNextCodePoint(text, position))) return false;
   }
   spaced.reserve(plain.size() * 2);
-  Spacing spacing;
+  KRLatinSpacing spacing;
   for (const char32_t character : plain) {
-    if (spacing.before(traitsOf(character))) spaced += U' ';
+    if (spacing.before(krLatinTraitsOf(character))) spaced += U' ';
     spaced += character == U'｡' ? U'.' : character;
   }
   return true;
@@ -264,14 +217,14 @@ struct SortKey {
   /// The caseless key of the character's result.
   std::array<char, 8> bytes = {};
   uint8_t size = 0;
-  Traits traits;
+  KRLatinTraits traits;
 };
 
 constexpr auto kAsciiKeys = [] {
   std::array<SortKey, 128> table = {};
   for (size_t c = 0; c < table.size(); ++c) {
     const bool isUpper = c >= 'A' && c <= 'Z';
-    table[c] = {{static_cast<char>(isUpper ? c + 'a' - 'A' : c)}, 1, kAsciiTraits[c]};
+    table[c] = {{static_cast<char>(isUpper ? c + 'a' - 'A' : c)}, 1, kKRLatinAsciiTraits[c]};
   }
   return table;
 }();
@@ -290,7 +243,7 @@ class FirstKeys {
       isGood_ = key.view().size() <= entry.bytes.size();
       if (isGood_) std::copy(key.view().begin(), key.view().end(), entry.bytes.begin());
       entry.size = static_cast<uint8_t>(key.view().size());
-      entry.traits = traitsOf(character);
+      entry.traits = krLatinTraitsOf(character);
     }
   }
 
@@ -328,8 +281,8 @@ constexpr size_t roomFor(size_t size) noexcept {
 /// Writes the key of a text whose characters are Chinese, ASCII or of the first alphabets; its end, or null when there
 /// is another one.
 char* writeQuickKey(std::string_view text, char* place) {
-  constexpr Traits kIdeograph = {.isLetter = true, .isMark = false, .setsOffLetter = true, .isSetOff = true};
-  Spacing spacing;
+  constexpr KRLatinTraits kIdeograph = {.isLetter = true, .isMark = false, .setsOffLetter = true, .isSetOff = true};
+  KRLatinSpacing spacing;
   for (size_t at = 0; at < text.size();) {
     const char32_t character = krNextCodePoint(text, at);
     if (character < FirstKeys::kEnd) {

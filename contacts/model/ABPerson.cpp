@@ -193,39 +193,9 @@ KRString ABPerson::displayName() const {
 }
 
 KRRef<KRStoredValue> ABPerson::makeValue(const KRProperty& property) const {
-  const auto single = [&](KRValue value) -> KRRef<KRStoredValue> { return krSingleValue(std::move(value), property); };
-  if (property.valueType() == KRValueType::PersonName) {
-    const auto part = [&](KRCardPart what) {
-      const KRCardRow* place = record_.find(what);
-      return place == nullptr ? KRString() : record_.text(*place);
-    };
-    if (!record_.has(KRCardPart::FirstName) && !record_.has(KRCardPart::MiddleName) &&
-        !record_.has(KRCardPart::LastName)) {
-      return {};
-    }
-    return single(krMake<KRObjectPersonName>(part(KRCardPart::FirstName), part(KRCardPart::MiddleName),
-                                             part(KRCardPart::LastName)));
-  }
-  const KRCardRow* place = record_.find(row(property.ordinal()));
-  if (place == nullptr) return {};
-  switch (property.valueType()) {
-    case KRValueType::Multiple:
-      return krMultipleValue(record_, property);
-    case KRValueType::Date:
-      return single(krDateOf(record_.view(*place)));
-    case KRValueType::Data:
-      return single(imageData());
-    case KRValueType::TextList: {
-      KRStringList texts;
-      krForRows(record_, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow>) {
-        texts.push_back(record_.text(entry));
-        return true;
-      });
-      return single(KRValueList::ofTexts(texts));
-    }
-    default:
-      return single(record_.text(*place));
-  }
+  if (property.valueType() != KRValueType::Data) return krRecordValue(record_, property);
+  const KRRef<KRData> picture = imageData();
+  return picture ? KRRef<KRStoredValue>(krSingleValue(picture, property)) : KRRef<KRStoredValue>();
 }
 
 KRRef<KRStoredValue> ABPerson::valueByPropertyName(const KRString& name) const {

@@ -1,12 +1,15 @@
 #include "contacts/model/KRCardValues.h"
 
 #include <optional>
+#include <utility>
 
+#include "contacts/model/IKRPerson.h"
 #include "contacts/model/KRLabelTable.h"
 #include "contacts/model/KRMutableMultipleValue.h"
 #include "contacts/model/KRObjectAddress.h"
 #include "contacts/model/KRObjectEmail.h"
 #include "contacts/model/KRObjectInstantMessage.h"
+#include "contacts/model/KRObjectPersonName.h"
 #include "contacts/model/KRObjectPhone.h"
 
 namespace {
@@ -34,6 +37,19 @@ KRRef<KRObjectAddress> addressObject(const KRCardRecord& record, std::span<const
     }
   }
   return address;
+}
+
+/// Null when the record has no part of a name.
+KRRef<KRObjectPersonName> nameObject(const KRCardRecord& record) {
+  const auto part = [&](KRCardPart what) {
+    const KRCardRow* place = record.find(what);
+    return place == nullptr ? KRString() : record.text(*place);
+  };
+  const bool hasName =
+      record.has(KRCardPart::FirstName) || record.has(KRCardPart::MiddleName) || record.has(KRCardPart::LastName);
+  if (!hasName) return {};
+  return krMake<KRObjectPersonName>(part(KRCardPart::FirstName), part(KRCardPart::MiddleName),
+                                    part(KRCardPart::LastName));
 }
 
 KRValue entryValue(const KRCardRecord& record, int32_t type, const KRCardRow& entry,
@@ -96,4 +112,30 @@ KRRef<KRStoredValue> krMultipleValue(const KRCardRecord& record, const KRPropert
     return true;
   });
   return multiple;
+}
+
+KRRef<KRStoredValue> krRecordValue(const KRCardRecord& record, const KRProperty& property) {
+  const auto single = [&](KRValue value) -> KRRef<KRStoredValue> { return krSingleValue(std::move(value), property); };
+  if (property.valueType() == KRValueType::PersonName) {
+    const KRRef<KRObjectPersonName> name = nameObject(record);
+    return name ? single(name) : KRRef<KRStoredValue>();
+  }
+  const KRCardRow* place = record.find(static_cast<uint8_t>(property.ordinal()));
+  if (place == nullptr) return {};
+  switch (property.valueType()) {
+    case KRValueType::Multiple:
+      return krMultipleValue(record, property);
+    case KRValueType::Date:
+      return single(krDateOf(record.view(*place)));
+    case KRValueType::TextList: {
+      KRStringList texts;
+      krForRows(record, property.ordinal(), [&](const KRCardRow& entry, std::span<const KRCardRow>) {
+        texts.push_back(record.text(entry));
+        return true;
+      });
+      return single(KRValueList::ofTexts(texts));
+    }
+    default:
+      return single(record.text(*place));
+  }
 }

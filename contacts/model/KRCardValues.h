@@ -30,5 +30,7 @@ KRText krLabelOf(const KRCardRecord& record, const KRCardRow& entry);
 KRText krServiceOf(const KRCardRecord& record, std::span<const KRCardRow> details);
 /// The date whose text form a row holds; nothing for any other text.
 KRValue krDateOf(KRText text);
+/// What the record says of a property that is no picture; null when that is nothing.
+KRRef<KRStoredValue> krRecordValue(const KRCardRecord& record, const KRProperty& property);
 /// The multiple value of a property that has rows.
 KRRef<KRStoredValue> krMultipleValue(const KRCardRecord& record, const KRProperty& property);

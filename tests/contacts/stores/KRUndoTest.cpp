@@ -65,20 +65,26 @@ class KRUndoTest : public KRTrashSetting, public testing::WithParamInterface<Kin
  protected:
   KRRef<KRStoredBook> book() const { return GetParam().open(place_); }
 
-  /// Ann goes to the trash, Ben gets another name, and Cim comes.
-  void change() const {
+  /// Ann goes to the trash, Ben gets another name, and Cim comes; `beforeSave` is called before any of it is written.
+  KRResult<void> changeOr(const std::function<void()>& beforeSave) const {
     const auto open = book();
     const auto kept = trash();
     KRSaveScope scope;
     IKRPerson* ann = open->personsForIDs({"ann"_kr}).at(0).get();
     kept->addPerson(ann);
     open->removePersons(KRPersonArray(ann));
-    IKRPerson* ben = open->personsForIDs({"ben"_kr}).at(0).get();
-    krSetText(*ben, KRProPertyNickname, "Benny");
+    krSetText(*open->personsForIDs({"ben"_kr}).at(0), KRProPertyNickname, "Benny");
     open->addPerson(record("UID:cim\r\nN:Lee;Cim;;;\r\n").get());
     kept->save();
     open->save();
-    const KRResult<void> saved = scope.commit();
+    beforeSave();
+    KRResult<void> saved = scope.commit();
+    KRFile::setFault({});
+    return saved;
+  }
+
+  void change() const {
+    const KRResult<void> saved = changeOr([] {});
     EXPECT_TRUE(saved) << saved.error().sentence;
   }
 
@@ -214,24 +220,14 @@ TEST_P(KRUndoTest, ARunThatFailsAnywhereIsAsItWasOrIsUndone) {
       bool hasFailed = false;
       {
         const KRUndoRecorder recorder("change");
-        const auto open = book();
-        const auto kept = trash();
-        KRSaveScope scope;
-        IKRPerson* ann = open->personsForIDs({"ann"_kr}).at(0).get();
-        kept->addPerson(ann);
-        open->removePersons(KRPersonArray(ann));
-        krSetText(*open->personsForIDs({"ben"_kr}).at(0), KRProPertyNickname, "Benny");
-        open->addPerson(record("UID:cim\r\nN:Lee;Cim;;;\r\n").get());
-        kept->save();
-        open->save();
         int count = 0;
-        KRFile::setFault([&](KRFile::Step) {
-          const bool isHere = isForGood ? count >= step : count == step;
-          ++count;
-          return isHere ? ENOSPC : 0;
+        hasFailed = !changeOr([&] {
+          KRFile::setFault([&](KRFile::Step) {
+            const bool isHere = isForGood ? count >= step : count == step;
+            ++count;
+            return isHere ? ENOSPC : 0;
+          });
         });
-        hasFailed = !scope.commit();
-        KRFile::setFault({});
         hasChanged = KRUndoRecorder::hasChangedSince(0);
         isThrough = count <= step;
       }
