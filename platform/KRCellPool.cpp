@@ -4,31 +4,30 @@
 #include <mutex>
 #include <new>
 
+#include "platform/KRPages.h"
+
 namespace {
 
 constexpr size_t kBlockSize = size_t{64} << 10U;
+/// So much is taken from the system at a time; its blocks are touched, and given back, one by one.
+constexpr size_t kRegionSize = size_t{1} << 20U;
 
 }  // namespace
 
 /// The head of a block, in the place of its first cell. Cells are handed out in order first, then those given back.
 struct KRCellPool::Block {
-  static constexpr uint32_t kCells = kBlockSize / kCellSize;
-
   struct Free {
     Free* next;
   };
 
-  Block* previous = nullptr;
-  Block* next = nullptr;
-  Free* free = nullptr;
-  uint32_t untouched = 1;
-  uint32_t used = 0;
+  explicit Block(uint32_t size) noexcept : cellSize(size) {}
 
-  bool isFull() const noexcept { return free == nullptr && untouched == kCells; }
+  uint32_t cells() const noexcept { return static_cast<uint32_t>(kBlockSize) / cellSize; }
+  bool isFull() const noexcept { return free == nullptr && untouched == cells(); }
 
   void* take() noexcept {
     ++used;
-    if (free == nullptr) return reinterpret_cast<char*>(this) + kCellSize * untouched++;
+    if (free == nullptr) return reinterpret_cast<char*>(this) + size_t{cellSize} * untouched++;
     Free* cell = free;
     free = cell->next;
     return cell;
@@ -40,14 +39,22 @@ struct KRCellPool::Block {
     free = nullptr;
     untouched = 1;
   }
+
+  Block* previous = nullptr;
+  Block* next = nullptr;
+  Free* free = nullptr;
+  const uint32_t cellSize;
+  uint32_t untouched = 1;
+  uint32_t used = 0;
 };
 
 KRCellPool::~KRCellPool() {
   while (open_ != nullptr) {
     Block* block = open_;
     unlink(block);
-    ::operator delete(block, std::align_val_t(kBlockSize));
+    KRPages::give(block, kBlockSize);
   }
+  if (untouched_ != end_) KRPages::give(untouched_, static_cast<size_t>(end_ - untouched_));
 }
 
 KRCellPool::Block* KRCellPool::blockOf(void* cell) noexcept {
@@ -55,8 +62,14 @@ KRCellPool::Block* KRCellPool::blockOf(void* cell) noexcept {
 }
 
 KRCellPool::Block* KRCellPool::addBlock() {
-  static_assert(sizeof(Block) <= kCellSize);
-  auto* block = new (::operator new(kBlockSize, std::align_val_t(kBlockSize))) Block;
+  static_assert(sizeof(Block) <= kLine);
+  if (untouched_ == end_) {
+    untouched_ = static_cast<char*>(KRPages::take(kRegionSize, kBlockSize));
+    end_ = untouched_ + kRegionSize;
+  }
+  KRPages::layReady(untouched_, kBlockSize);
+  auto* block = new (untouched_) Block(cellSize_);
+  untouched_ += kBlockSize;
   ++blocks_;
   link(block);
   return block;
@@ -97,7 +110,7 @@ void KRCellPool::give(void* cell) noexcept {
       empty = block;
     }
   }
-  if (empty != nullptr) ::operator delete(empty, std::align_val_t(kBlockSize));
+  if (empty != nullptr) KRPages::give(empty, kBlockSize);
 }
 
 size_t KRCellPool::blockCount() const noexcept {

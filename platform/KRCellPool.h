@@ -1,22 +1,26 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <new>
 
 #include "platform/KRSpinLock.h"
 
 /// Memory for many objects of one size that live long and are walked over in the order in which they were made: they
-/// stand behind each other, each in a line of the processor's cache, and without the allocator's own words between
-/// them.
+/// stand behind each other, each in lines of the processor's cache of its own, and without the allocator's words
+/// between them.
 ///
 /// Cells come in blocks of 64 KiB. A block that becomes empty goes back to the system, but for one that is kept, so
 /// that who makes and drops one object at a time does not ask for a block each time. Safe from any thread. A pool lives
 /// as long as its cells.
 class KRCellPool {
  public:
-  /// Bytes of a cell, and its alignment.
-  static constexpr size_t kCellSize = 64;
+  /// Bytes of the smallest cell, and the alignment of all.
+  static constexpr size_t kLine = 64;
 
-  KRCellPool() noexcept = default;
+  /// For objects of that size, at most a kilobyte.
+  explicit KRCellPool(size_t objectSize) noexcept
+      : cellSize_(static_cast<uint32_t>((objectSize + kLine - 1) / kLine * kLine)) {}
   KRCellPool(const KRCellPool&) = delete;
   KRCellPool& operator=(const KRCellPool&) = delete;
   ~KRCellPool();
@@ -36,8 +40,44 @@ class KRCellPool {
   void link(Block* block) noexcept;
   void unlink(Block* block) noexcept;
 
+  const uint32_t cellSize_;
   mutable KRSpinLock lock_;
   /// Those that have free cells.
   Block* open_ = nullptr;
   size_t blocks_ = 0;
+  /// What is left of the region that was taken last.
+  char* untouched_ = nullptr;
+  char* end_ = nullptr;
+};
+
+/// For a class whose objects stand in cells: what its `operator new` and `operator delete` call. Objects of classes
+/// derived from it, which may be larger, are where `new` puts them; under the address sanitizer all are, so that it
+/// sees each by itself.
+template <class T>
+class KRCells {
+ public:
+  static void* take(size_t size) { return isInCell(size) ? pool().take() : ::operator new(size); }
+  static void give(void* room, size_t size) noexcept { isInCell(size) ? pool().give(room) : ::operator delete(room); }
+
+ private:
+#if defined(__SANITIZE_ADDRESS__)
+  static constexpr bool kIsUsed = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+  static constexpr bool kIsUsed = false;
+#else
+  static constexpr bool kIsUsed = true;
+#endif
+#else
+  static constexpr bool kIsUsed = true;
+#endif
+
+  static constexpr bool isInCell(size_t size) noexcept {
+    return kIsUsed && size == sizeof(T);
+  }
+  // Never destroyed: an object may outlive everything else of the process.
+  static KRCellPool& pool() {
+    static auto& pool = *new KRCellPool(sizeof(T));
+    return pool;
+  }
 };

@@ -25,30 +25,6 @@ constexpr uint32_t bit(KROrdinal property) noexcept {
   return 1U << row(property);
 }
 
-/// Where persons lie; never destroyed, since some may live as long as the process.
-KRCellPool& cells() {
-  static auto& pool = *new KRCellPool;
-  return pool;
-}
-
-// The address sanitizer is to see each person by itself.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KR_PERSONS_APART
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#define KR_PERSONS_APART
-#endif
-
-/// Whether a person of that size lies in a cell; those of classes derived from it may not fit.
-constexpr bool isInCell([[maybe_unused]] size_t size) noexcept {
-#ifdef KR_PERSONS_APART
-  return false;
-#else
-  return size == sizeof(ABPerson);
-#endif
-}
-
 }  // namespace
 
 struct ABPerson::Side {
@@ -81,12 +57,12 @@ struct ABPerson::Side {
 };
 
 void* ABPerson::operator new(size_t size) {
-  static_assert(sizeof(ABPerson) <= KRCellPool::kCellSize, "a person takes one line of the processor's cache");
-  return isInCell(size) ? cells().take() : ::operator new(size);
+  static_assert(sizeof(ABPerson) <= KRCellPool::kLine, "a person takes one line of the processor's cache");
+  return KRCells<ABPerson>::take(size);
 }
 
 void ABPerson::operator delete(void* room, size_t size) noexcept {
-  isInCell(size) ? cells().give(room) : ::operator delete(room);
+  KRCells<ABPerson>::give(room, size);
 }
 
 ABPerson::ABPerson() {

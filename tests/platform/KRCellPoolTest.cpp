@@ -12,19 +12,36 @@
 
 namespace {
 
-constexpr size_t kInBlock = (size_t{64} << 10U) / KRCellPool::kCellSize - 1;
+constexpr size_t kSize = 64;
+// The first is the head.
+constexpr size_t kInBlock = (size_t{64} << 10U) / kSize - 1;
 
 TEST(KRCellPool, GivesCellsOneBehindTheOther) {
-  KRCellPool pool;
+  KRCellPool pool(kSize);
   std::vector<char*> cells;
   for (int i = 0; i < 100; ++i) cells.push_back(static_cast<char*>(pool.take()));
-  for (size_t i = 1; i < cells.size(); ++i) EXPECT_EQ(cells[i], cells[i - 1] + KRCellPool::kCellSize);
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(cells[0]) % KRCellPool::kCellSize, 0U);
+  for (size_t i = 1; i < cells.size(); ++i) EXPECT_EQ(cells[i], cells[i - 1] + kSize);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(cells[0]) % kSize, 0U);
   for (char* cell : cells) pool.give(cell);
 }
 
+TEST(KRCellPool, GivesLargerObjectsWholeLines) {
+  KRCellPool pool(100);
+  std::vector<char*> cells;
+  for (int i = 0; i < 2000; ++i) cells.push_back(static_cast<char*>(pool.take()));
+  for (char* cell : cells) {
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(cell) % KRCellPool::kLine, 0U);
+    std::memset(cell, 'x', 100);
+  }
+  std::sort(cells.begin(), cells.end());
+  for (size_t i = 1; i < cells.size(); ++i) EXPECT_GE(cells[i] - cells[i - 1], 128);
+  EXPECT_EQ(pool.blockCount(), 4U);
+  for (char* cell : cells) pool.give(cell);
+  EXPECT_EQ(pool.blockCount(), 1U);
+}
+
 TEST(KRCellPool, GivesEachCellToOneAtATime) {
-  KRCellPool pool;
+  KRCellPool pool(kSize);
   std::mt19937 random(3);
   std::vector<unsigned char*> held;
   std::set<unsigned char*> known;
@@ -32,13 +49,13 @@ TEST(KRCellPool, GivesEachCellToOneAtATime) {
     if (held.empty() || random() % 5 < 3) {
       auto* cell = static_cast<unsigned char*>(pool.take());
       ASSERT_TRUE(known.insert(cell).second) << "a cell was given twice";
-      std::memset(cell, static_cast<int>(known.size() % 251), KRCellPool::kCellSize);
+      std::memset(cell, static_cast<int>(known.size() % 251), kSize);
       held.push_back(cell);
     } else {
       std::swap(held[random() % held.size()], held.back());
       const unsigned char* cell = held.back();
       // Nobody else wrote into it.
-      ASSERT_TRUE(std::all_of(cell, cell + KRCellPool::kCellSize, [&](unsigned char byte) { return byte == *cell; }));
+      ASSERT_TRUE(std::all_of(cell, cell + kSize, [&](unsigned char byte) { return byte == *cell; }));
       known.erase(held.back());
       pool.give(held.back());
       held.pop_back();
@@ -49,7 +66,7 @@ TEST(KRCellPool, GivesEachCellToOneAtATime) {
 }
 
 TEST(KRCellPool, GivesEmptyBlocksBackButOne) {
-  KRCellPool pool;
+  KRCellPool pool(kSize);
   std::vector<void*> cells;
   for (size_t i = 0; i < 5 * kInBlock; ++i) cells.push_back(pool.take());
   EXPECT_EQ(pool.blockCount(), 5U);
@@ -59,7 +76,7 @@ TEST(KRCellPool, GivesEmptyBlocksBackButOne) {
 }
 
 TEST(KRCellPool, UsesTheOneBlockAgainForWhoTakesOneAtATime) {
-  KRCellPool pool;
+  KRCellPool pool(kSize);
   void* first = pool.take();
   pool.give(first);
   for (size_t i = 0; i < 3 * kInBlock; ++i) {
@@ -71,7 +88,7 @@ TEST(KRCellPool, UsesTheOneBlockAgainForWhoTakesOneAtATime) {
 }
 
 TEST(KRCellPoolThreads, TakesBackOnOneThreadWhatAnotherTook) {
-  KRCellPool pool;
+  KRCellPool pool(kSize);
   const auto work = [&pool](std::vector<void*>& cells) {
     for (int round = 0; round < 3000; ++round) {
       for (int i = 0; i < 4; ++i) cells.push_back(pool.take());
