@@ -133,9 +133,7 @@ std::string PlanRun::lookUp(const Plan::Fix& fix) {
 /// the plan says of the others is a finding of its own.
 KRRef<KRIssueObject> PlanRun::findingOf(const Plan::Fix& fix, const std::vector<KRRef<IKRPerson>>& persons) {
   KRIssueFindResult& result = *run_.result();
-  const KRList<KRIssueObject>* indexed = result.issueObjectsOfPerson(persons.front().get());
-  if (indexed == nullptr) return {};
-  for (const KRRef<KRIssueObject>& finding : indexed->copy()) {
+  for (const KRRef<KRIssueObject>& finding : result.copyOfIssueObjects(persons.front().get())) {
     if (finding->issue() != fix.choice.issue || (fix.info && infoOf(*finding) != *fix.info)) continue;
     const bool listsAll = std::all_of(persons.begin(), persons.end(),
                                       [&](const auto& person) { return finding->listsPerson(person.get()); });

@@ -155,10 +155,9 @@ void KRIssueHandle::resetFindResult(KRIssueObject* finding) {
   const KRRef<KRIssueHandle> chosen = finding->handle();
   const KRString did = chosen ? chosen->name() : name();
   for (const KRRef<IKRPerson>& person : deletedPersons(did, finding->persons())) {
-    const KRList<KRIssueObject>* indexed = result ? result->issueObjectsOfPerson(person.get()) : nullptr;
-    if (indexed == nullptr) continue;
+    if (!result) continue;
     // A copy, since the list changes below.
-    for (const KRRef<KRIssueObject>& other : indexed->copy()) {
+    for (const KRRef<KRIssueObject>& other : result->copyOfIssueObjects(person.get())) {
       if (other == alive || !other->listsPerson(person.get())) continue;
       // A pair of which one is gone has lost its meaning; a larger group keeps its remaining members.
       if (other->personCount() < 3) {

@@ -15,6 +15,11 @@ class KRFindingPersons {
   /// As `get`, without counting: valid until the persons change. For the one thread that makes or fixes findings.
   const KRPersonArray& borrow() const;
 
+  /// The persons as far as they are at hand, without any work: for wishes to the processor.
+  const KRPersonArray& atHand() const noexcept { return array_; }
+  /// Asks the processor for the only person, or for the list of several. Says and changes nothing.
+  void prefetch() const noexcept { array_.prefetch(); }
+
   size_t count() const noexcept { return left_ ? left_->count() : array_.count(); }
   /// Whether a person equal to that one is listed. In a long list one step.
   bool contains(const IKRPerson* person) const;

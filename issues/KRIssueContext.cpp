@@ -102,11 +102,25 @@ void KRIssueContext::fixAll() {
   }
 }
 
+/// Asks for what fixing the findings takes that come some steps after the first: the finding, what it refers to, and
+/// where the result has its person.
+void KRIssueContext::prefetchFixes(const KRIssueFindResult* result) const noexcept {
+  constexpr size_t kStep = 12;
+  if (const KRIssueObject* finding = objects_.ahead(5 * kStep)) finding->prefetchWhole();
+  if (const KRIssueObject* finding = objects_.ahead(4 * kStep)) finding->prefetchParts();
+  if (result == nullptr) return;
+  if (const KRIssueObject* finding = objects_.ahead(3 * kStep)) result->prefetchPlaces(*finding);
+  if (const KRIssueObject* finding = objects_.ahead(2 * kStep)) result->prefetchEntries(*finding);
+  if (const KRIssueObject* finding = objects_.ahead(kStep)) result->prefetchLinks(*finding);
+}
+
 void KRIssueContext::fixAllForProgress(const KRProgress& progress) {
   const KRRef<KRIssueContext> alive(this);
   const auto count = static_cast<int64_t>(objects_.count());
   int64_t left = count;
+  const KRRef<KRIssueFindResult> result = this->result();
   while (left != 0) {
+    prefetchFixes(result.get());
     objects_.first()->fix();
     left = static_cast<int64_t>(objects_.count());
     progress(static_cast<double>(static_cast<float>(count - left) * 100.0F / static_cast<float>(count)));

@@ -78,6 +78,7 @@ class KRIssueContext : public KRGraphNode {
 
  private:
   void reorder(KRSortNames& names);
+  void prefetchFixes(const KRIssueFindResult* result) const noexcept;
 
   KRAtomic<KRRef<KRIssue>> issue_;
   KRList<KRIssueObject> objects_{*this};

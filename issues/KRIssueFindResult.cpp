@@ -58,10 +58,26 @@ void KRIssueFindResult::removeObjectForPerson(KRIssueObject* object, const IKRPe
   index_->remove(object, person);
 }
 
+void KRIssueFindResult::prefetchPlaces(const KRIssueObject& object) const noexcept {
+  index_->prefetchPlaces(object);
+}
+
+void KRIssueFindResult::prefetchEntries(const KRIssueObject& object) const noexcept {
+  index_->prefetchEntries(object);
+}
+
+void KRIssueFindResult::prefetchLinks(const KRIssueObject& object) const noexcept {
+  index_->prefetchLinks(object);
+}
+
 KRList<KRIssueObject>* KRIssueFindResult::issueObjectByPerson(const KRString& personAddress) {
   return index_->find(personAddress);
 }
 
 KRList<KRIssueObject>* KRIssueFindResult::issueObjectsOfPerson(const IKRPerson* person) {
   return index_->find(person);
+}
+
+std::vector<KRRef<KRIssueObject>> KRIssueFindResult::copyOfIssueObjects(const IKRPerson* person) {
+  return index_->copy(person);
 }

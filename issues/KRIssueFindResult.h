@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "contacts/model/IKRPerson.h"
 #include "contacts/model/KRAddressBook.h"
@@ -64,6 +65,14 @@ class KRIssueFindResult : public KRGraphNode {
   /// finding is removed.
   KRList<KRIssueObject>* issueObjectByPerson(const KRString& personAddress);
   KRList<KRIssueObject>* issueObjectsOfPerson(const IKRPerson* person);
+  /// A copy of that list, empty for a person without findings; spares making the live one.
+  std::vector<KRRef<KRIssueObject>> copyOfIssueObjects(const IKRPerson* person);
+
+  /// Ask the processor for where the findings of this finding's persons stand, and some steps later each for those.
+  /// They say and change nothing.
+  void prefetchPlaces(const KRIssueObject& object) const noexcept;
+  void prefetchEntries(const KRIssueObject& object) const noexcept;
+  void prefetchLinks(const KRIssueObject& object) const noexcept;
 
  private:
   KRAtomic<KRRef<KRAddressBook>> addressBook_;

@@ -40,6 +40,17 @@ void KRIssueObject::fix() {
   if (const KRRef<KRIssueHandle> chosen = handle()) chosen->fix(this);
 }
 
+void KRIssueObject::prefetchWhole() const noexcept {
+  constexpr size_t kLine = 64;
+  for (size_t at = 0; at < sizeof *this; at += kLine) krPrefetchToWrite(reinterpret_cast<const char*>(this) + at);
+}
+
+void KRIssueObject::prefetchParts() const noexcept {
+  persons_.prefetch();
+  krPrefetchToWrite(info_.borrow().object());
+  prefetchNeighbours();
+}
+
 void KRIssueObject::removePerson(const IKRPerson* person) {
   persons_.remove(person);
 }

@@ -3,6 +3,7 @@
 #include "contacts/model/IKRPerson.h"
 #include "issues/KRFindingPersons.h"
 #include "platform/KRAtomic.h"
+#include "platform/KRCellPool.h"
 #include "platform/KRGraphNode.h"
 #include "platform/KRPrefetch.h"
 #include "platform/KRString.h"
@@ -21,6 +22,10 @@ class KRIssueObject : public KRGraphNode {
  public:
   KRIssueObject();
   ~KRIssueObject() override;
+
+  // A find makes more findings than there are contacts, and a fix goes through all of them.
+  static void* operator new(size_t size) { return KRCells<KRIssueObject>::take(size); }
+  static void operator delete(void* room, size_t size) noexcept { KRCells<KRIssueObject>::give(room, size); }
 
   /// The value that the finding is about, as the detector chose it; may be nothing.
   KRValue info() const { return info_.get(); }
@@ -61,6 +66,10 @@ class KRIssueObject : public KRGraphNode {
   size_t personCount() const noexcept { return persons_.count(); }
   /// Asks the processor for the memory that reading the persons takes. Says and changes nothing.
   void prefetch() const noexcept { krPrefetch(&persons_); }
+  /// The same for all that taking the finding out takes: first the finding, and some steps later what it refers to.
+  void prefetchWhole() const noexcept;
+  void prefetchParts() const noexcept;
+  const KRPersonArray& personsAtHand() const noexcept { return persons_.atHand(); }
   bool listsPerson(const IKRPerson* person) const { return persons_.contains(person); }
 
  private:

@@ -1,7 +1,9 @@
 #include "issues/KRPersonIndex.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "platform/KRHash.h"
@@ -30,6 +32,13 @@ KRList<KRIssueObject>* unlessEmpty(KRList<KRIssueObject>& list) noexcept {
 
 uint64_t hashOf(int64_t key) noexcept {
   return krHashMix(krHashSeed(), static_cast<uint64_t>(key));
+}
+
+/// The first persons of a finding; asking for all of a long list would drive out what was asked for before.
+std::span<IKRPerson* const> firstOf(const KRIssueObject& object) noexcept {
+  constexpr size_t kMost = 4;
+  const KRPersonArray& persons = object.personsAtHand();
+  return {persons.begin(), std::min(persons.count(), kMost)};
 }
 
 void addOnce(KRList<KRIssueObject>& list, KRIssueObject* object) {
@@ -82,7 +91,7 @@ void KRPersonIndex::addNumber(KRIssueObject* object, int64_t key, uint64_t hash)
   if (entry->list != kNone) {
     addOnce(lists_[entry->list], object);
   } else if (entry->first == nullptr) {
-    owner_.beginReference(object);
+    referred_.push_back(object);
     entry->first = object;
   } else {
     addLink(*entry, object);
@@ -98,11 +107,38 @@ void KRPersonIndex::addLink(Entry& entry, KRIssueObject* object) {
     if (links_[at].object == object) return;
     last = at;
   }
-  if (count == kLongest) return listOf(entry)->append(object);
-  owner_.beginReference(object);
+  if (count == kLongest) {
+    // The list ends the references of what it takes over.
+    beginReferences();
+    return listOf(entry)->append(object);
+  }
+  referred_.push_back(object);
   const auto added = static_cast<uint32_t>(links_.size());
   links_.push_back({object});
   (last == kNone ? entry.further : links_[last].next) = added;
+}
+
+void KRPersonIndex::prefetchPlaces(const KRIssueObject& object) const noexcept {
+  for (const IKRPerson* person : firstOf(object)) {
+    krPrefetchToWrite(person);
+    places_.prefetch(hashOf(numberOf(person)));
+  }
+}
+
+const KRPersonIndex::Entry* KRPersonIndex::likelyEntry(const IKRPerson* person) const noexcept {
+  const uint32_t likely = places_.likely(hashOf(numberOf(person)));
+  return likely == kNone ? nullptr : entries_.data() + likely;
+}
+
+void KRPersonIndex::prefetchEntries(const KRIssueObject& object) const noexcept {
+  for (const IKRPerson* person : firstOf(object)) krPrefetchToWrite(likelyEntry(person));
+}
+
+void KRPersonIndex::prefetchLinks(const KRIssueObject& object) const noexcept {
+  for (const IKRPerson* person : firstOf(object)) {
+    const Entry* entry = likelyEntry(person);
+    if (entry != nullptr && entry->further != kNone) krPrefetch(links_.data() + entry->further);
+  }
 }
 
 void KRPersonIndex::removeNumber(const KRIssueObject* object, int64_t key) {
@@ -160,11 +196,27 @@ void KRPersonIndex::addBlock(std::vector<Pending>& block) {
     }
   }
   for (const Pending& each : block) addNumber(each.object, each.key, each.hash);
+  beginReferences();
   block.clear();
+}
+
+void KRPersonIndex::beginReferences() {
+  owner_.beginReferences(referred_);
+  referred_.clear();
 }
 
 KRList<KRIssueObject>* KRPersonIndex::find(const IKRPerson* person) {
   return findNumber(numberOf(person));
+}
+
+std::vector<KRRef<KRIssueObject>> KRPersonIndex::copy(const IKRPerson* person) {
+  const Entry* entry = entryOf(numberOf(person), hashOf(numberOf(person)));
+  if (entry == nullptr) return {};
+  if (entry->list != kNone) return lists_[entry->list].copy();
+  std::vector<KRRef<KRIssueObject>> findings;
+  if (entry->first != nullptr) findings.emplace_back(entry->first);
+  for (uint32_t at = entry->further; at != kNone; at = links_[at].next) findings.emplace_back(links_[at].object);
+  return findings;
 }
 
 KRList<KRIssueObject>* KRPersonIndex::find(KRText key) {
@@ -175,11 +227,16 @@ KRList<KRIssueObject>* KRPersonIndex::find(KRText key) {
 
 void KRPersonIndex::add(KRIssueObject* object, const IKRPerson* person) {
   addNumber(object, numberOf(person), hashOf(numberOf(person)));
+  beginReferences();
 }
 
 void KRPersonIndex::add(KRIssueObject* object, KRText key) {
   if (key.isNothing()) return;
-  if (const auto number = numberOf(key)) return addNumber(object, *number, hashOf(*number));
+  if (const auto number = numberOf(key)) {
+    addNumber(object, *number, hashOf(*number));
+    beginReferences();
+    return;
+  }
   addOnce(texts_.try_emplace(KRString(key), owner_).first->second, object);
 }
 

@@ -27,6 +27,8 @@ class KRPersonIndex {
   /// The list under the key, or nothing when it has no findings.
   KRList<KRIssueObject>* find(const IKRPerson* person);
   KRList<KRIssueObject>* find(KRText key);
+  /// The findings under the key, for who does not need the live list and so spares making it.
+  std::vector<KRRef<KRIssueObject>> copy(const IKRPerson* person);
 
   /// Appends the finding to the key's findings unless it is among them. A key of nothing is passed over.
   void add(KRIssueObject* object, const IKRPerson* person);
@@ -37,6 +39,12 @@ class KRPersonIndex {
   /// Removes the finding from the key's findings, if it is among them. The finding may die of it.
   void remove(const KRIssueObject* object, const IKRPerson* person);
   void remove(const KRIssueObject* object, KRText key);
+
+  /// Ask the processor for the places of the finding's persons, some steps later for their entries, then for the links
+  /// of those that have several findings.
+  void prefetchPlaces(const KRIssueObject& object) const noexcept;
+  void prefetchEntries(const KRIssueObject& object) const noexcept;
+  void prefetchLinks(const KRIssueObject& object) const noexcept;
 
  private:
   using List = KRList<KRIssueObject>;
@@ -65,12 +73,14 @@ class KRPersonIndex {
   /// A person with more findings gets a list at once, in which one is found in one step.
   static constexpr size_t kLongest = 8;
 
+  const Entry* likelyEntry(const IKRPerson* person) const noexcept;
   Entry* entryOf(int64_t key, uint64_t hash);
   List* listOf(Entry& entry);
   List* findNumber(int64_t key);
   void addNumber(KRIssueObject* object, int64_t key, uint64_t hash);
   void addLink(Entry& entry, KRIssueObject* object);
   void addBlock(std::vector<Pending>& block);
+  void beginReferences();
   void removeNumber(const KRIssueObject* object, int64_t key);
   void removeLink(Entry& entry, const KRIssueObject* object);
 
@@ -78,6 +88,8 @@ class KRPersonIndex {
   std::vector<Entry> entries_;
   std::vector<Link> links_;
   KRHashIndex places_;
+  /// Findings that entries and links refer to already, and whose references have not begun.
+  std::vector<const KRGraphNode*> referred_;
   std::deque<List> lists_;
   std::unordered_map<KRString, List, KRTextHash, KRTextEqual> texts_;
 };

@@ -65,6 +65,9 @@ class KRArray {
   }
   T* first() const { return at(0); }
 
+  /// Asks the processor for the only element, or for the list of several, both of which copying counts.
+  void prefetch() const noexcept { krPrefetchToWrite(reinterpret_cast<const void*>(word_ & ~uintptr_t{1})); }
+
   /// Membership by the elements' own `isEqual`; identity for the persons and findings of this library.
   bool contains(const T* object) const {
     return std::any_of(begin(), end(), [&](const T* each) { return krEqualObjects(each, object); });

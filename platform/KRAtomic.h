@@ -25,6 +25,9 @@ class KRAtomic {
     return value_;
   }
 
+  /// The value without a lock and without counting: while no other thread sets it.
+  const T& borrow() const noexcept { return value_; }
+
   void set(T value) {
     const std::lock_guard lock(krFieldLock(this));
     std::swap(value_, value);

@@ -166,13 +166,23 @@ uint64_t KRGraphNode::liveCount() noexcept {
   return liveNodes.load(std::memory_order_relaxed);
 }
 
-void KRGraphNode::beginReference(const KRGraphNode* target) const {
-  const Locked graph;
+/// Begins a reference; under the lock.
+void KRGraphNode::link(const KRGraphNode* target) const {
   if (life_ != Life::Alive || target->life_ != Life::Alive)
     KRFatal("an object was linked into a graph while it was being destroyed");
   ++outgoing_;
   ++target->incoming_;
   Locked::join(this, target);
+}
+
+void KRGraphNode::beginReference(const KRGraphNode* target) const {
+  const Locked graph;
+  link(target);
+}
+
+void KRGraphNode::beginReferences(std::span<const KRGraphNode* const> targets) const {
+  const Locked graph;
+  for (const KRGraphNode* target : targets) link(target);
 }
 
 void KRGraphNode::endReference(const KRGraphNode* target) const {

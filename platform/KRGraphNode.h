@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "platform/KRAtomic.h"
 #include "platform/KRObject.h"
+#include "platform/KRPrefetch.h"
 
 /// A shared object that refers to others of its kind in both directions, such as finding, context and result.
 ///
@@ -20,6 +22,8 @@ class KRGraphNode : public KRObject {
   /// edges and lists, which keep the pairs balanced.
   void beginReference(const KRGraphNode* target) const;
   void endReference(const KRGraphNode* target) const;
+  /// As `beginReference` for each of them, the graph's lock taken once.
+  void beginReferences(std::span<const KRGraphNode* const> targets) const;
 
   /// Whether this node dies together with its group: then its targets may be gone already, and its references need not
   /// be ended.
@@ -31,6 +35,12 @@ class KRGraphNode : public KRObject {
   /// Nodes are compared by identity, always: lists rely on it.
   bool isEqual(const KRObject* other) const final { return this == other; }
   uint64_t hash() const final { return KRObject::hash(); }
+
+  /// Asks the processor for the nodes next to this one in its group, which taking it out of there changes.
+  void prefetchNeighbours() const noexcept {
+    krPrefetchToWrite(&previous_->next_);
+    krPrefetchToWrite(&next_->next_);
+  }
 
   /// How many nodes exist in the process; for tests that show that nothing is left behind.
   static uint64_t liveCount() noexcept;
@@ -45,6 +55,7 @@ class KRGraphNode : public KRObject {
   enum class Life : uint8_t { Alive, DyingAlone, DyingWithGroup };
   void firstReference() const noexcept override;
   void releaseInGraph() const noexcept override;
+  void link(const KRGraphNode* target) const;
 
   mutable uint32_t incoming_ = 0;
   mutable uint32_t outgoing_ = 0;

@@ -1,6 +1,7 @@
 #include "platform/KRList.h"
 
 #include "platform/KRFatal.h"
+#include "platform/KRPrefetch.h"
 
 /// From object to slots, built when a removal or a look-up first needs it in a long list, and dropped when slots move.
 /// Open addressing over slot numbers: eight bytes an element at the most.
@@ -8,10 +9,18 @@ struct KRListCore::Index {
   static constexpr uint32_t kFree = 0xFFFFFFFFU;
   static constexpr uint32_t kTaken = 0xFFFFFFFEU;
 
+  explicit Index(bool ofNodes) noexcept : areNodes(ofNodes) {}
+
+  /// Nodes of a graph are compared by identity, always: they need not be looked at.
+  const bool areNodes;
   std::vector<uint32_t> cells;
   size_t used = 0;
 
-  size_t cellOf(const KRObject* object) const { return object->hash() & (cells.size() - 1); }
+  uint64_t hashOf(const KRObject* object) const {
+    return areNodes ? static_cast<const KRGraphNode*>(object)->KRGraphNode::hash() : object->hash();
+  }
+  bool areEqual(const KRObject* a, const KRObject* b) const { return a == b || (!areNodes && krEqualObjects(a, b)); }
+  size_t cellOf(const KRObject* object) const { return hashOf(object) & (cells.size() - 1); }
   size_t next(size_t cell) const { return (cell + 1) & (cells.size() - 1); }
 
   void build(const std::vector<KRObject*>& slots, size_t from, size_t count) {
@@ -19,7 +28,9 @@ struct KRListCore::Index {
     while (size < count * 2) size *= 2;
     cells.assign(size, kFree);
     used = 0;
+    constexpr size_t kAhead = 16;
     for (size_t slot = from; slot < slots.size(); ++slot) {
+      if (!areNodes && slot + kAhead < slots.size()) krPrefetch(slots[slot + kAhead]);
       if (slots[slot] != nullptr) add(slots[slot], slot);
     }
   }
@@ -45,7 +56,7 @@ struct KRListCore::Index {
     for (size_t cell = cellOf(object); cells[cell] != kFree; cell = next(cell)) {
       const uint32_t slot = cells[cell];
       if (slot == kTaken || slot >= earliest) continue;
-      if (krEqualObjects(slots[slot], object)) earliest = slot;
+      if (areEqual(slots[slot], object)) earliest = slot;
     }
     return earliest;
   }
@@ -84,7 +95,7 @@ void KRListCore::drop(const KRObject* object) const {
 
 KRListCore::Index& KRListCore::index() const {
   if (!index_) {
-    index_.reset(new Index);
+    index_.reset(new Index(owner_ != nullptr));
     index_->build(slots_, head_, count());
   }
   return *index_;

@@ -30,6 +30,10 @@ class KRListCore {
   KRObject* objectAt(size_t index) const;
   /// Whether the element at that index, which is in range, stands in the slot of that number: in most lists all do.
   bool isAt(size_t index) const noexcept { return (head_ | holes_) == 0 && index < slots_.size(); }
+  KRObject* objectAhead(size_t slots) const noexcept {
+    const size_t slot = firstSlot() + slots;
+    return slot < slots_.size() ? slots_[slot] : nullptr;
+  }
   size_t firstEqual(const KRObject* object) const;
   bool holds(const KRObject* object) const;
   void appendObject(KRObject* object);
@@ -99,6 +103,9 @@ class KRList : public KRListCore {
   /// The element at `index`, from 0; an index that is not below `count()` is a programming error (`KRFatal`).
   T* at(size_t index) const { return static_cast<T*>(isAt(index) ? objectInSlot(index) : objectAt(index)); }
   T* first() const { return at(0); }
+  /// The element in the slot so many behind the first one's, or nothing where there is none (any more): for a wish to
+  /// the processor, which need not be right. Nothing moves.
+  T* ahead(size_t slots) const noexcept { return static_cast<T*>(objectAhead(slots)); }
 
   bool contains(const T* object) const { return holds(object); }
   /// Place of the first element equal to `object`, or `count()` when there is none. Linear.

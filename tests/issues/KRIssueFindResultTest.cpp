@@ -17,6 +17,12 @@ KRString key(const KRRef<IKRPerson>& person) {
   return KRIssueHandle::personAd(person.get());
 }
 
+Findings plain(const std::vector<KRRef<KRIssueObject>>& findings) {
+  Findings plain;
+  for (const auto& finding : findings) plain.push_back(finding.get());
+  return plain;
+}
+
 TEST(KRIssueFindResult, IsMadeEmpty) {
   const auto result = krMake<KRIssueFindResult>();
   EXPECT_FALSE(result->addressBook());
@@ -24,6 +30,7 @@ TEST(KRIssueFindResult, IsMadeEmpty) {
   EXPECT_EQ(&result->contextArray(), &result->contexts());
   EXPECT_EQ(result->issueObjectByPerson("1"_kr), nullptr);
   EXPECT_EQ(result->issueObjectByPerson(nullptr), nullptr);
+  EXPECT_TRUE(result->copyOfIssueObjects(krNamed("Ann").get()).empty());
 }
 
 TEST(KRIssueFindResult, IndexesTheFindingsOfAContextBeforeItSortsThem) {
@@ -187,6 +194,7 @@ TEST(KRIssueFindResult, TheIndexAgreesWithASlowOne) {
       byText ? result->removeObject(finding, key(person)) : result->removeObjectForPerson(finding, person.get());
       if (found != expected.end()) expected.erase(found);
     }
+    if (random() % 20 == 0) ASSERT_EQ(plain(result->copyOfIssueObjects(person.get())), expected);
     // Not always, since asking makes the list.
     if (random() % 200 != 0) continue;
     ASSERT_EQ(result->issueObjectsOfPerson(person.get()) == nullptr, expected.empty());

@@ -85,6 +85,21 @@ TEST(KRList, RemovesEveryOccurrenceOfANodeAndNoOther) {
   }
 }
 
+TEST(KRList, LooksAheadOverHolesWithoutMovingAnything) {
+  const auto items = makeItems(5);
+  KRList<Item> list;
+  for (const auto& item : items) list.append(item);
+  list.remove(items[0].get());
+  list.remove(items[3].get());
+  EXPECT_EQ(list.ahead(0), items[1].get());
+  EXPECT_EQ(list.ahead(1), items[2].get());
+  EXPECT_EQ(list.ahead(2), nullptr) << "taken out";
+  EXPECT_EQ(list.ahead(3), items[4].get());
+  EXPECT_EQ(list.ahead(4), nullptr) << "behind the end";
+  EXPECT_EQ(numbers(list), (std::vector<int>{1, 2, 4}));
+  EXPECT_EQ(KRList<Item>().ahead(0), nullptr);
+}
+
 TEST(KRList, FindsByTheElementsOwnEquality) {
   KRList<Item> list;
   for (int i = 0; i < 100; ++i) list.append(krMake<AlikeItem>(i % 50));
