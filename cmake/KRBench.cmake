@@ -18,3 +18,10 @@ if(TARGET krcontacts AND NOT KR_FUZZ)
   target_link_libraries(kr_compare PRIVATE KRAddressBookManagerSDK CLI11::CLI11 nlohmann_json::nlohmann_json
                                            Threads::Threads)
 endif()
+
+# The steps of bench/growth; built when that is run.
+if(NOT KR_FUZZ)
+  add_executable(kr_growth EXCLUDE_FROM_ALL "${PROJECT_SOURCE_DIR}/bench/growth/steps.cpp")
+  kr_compile_options(kr_growth)
+  target_link_libraries(kr_growth PRIVATE KRAddressBookManagerSDK nlohmann_json::nlohmann_json)
+endif()

@@ -13,11 +13,13 @@ import shutil
 import statistics
 import subprocess
 import sys
-import tempfile
-
-import chart
 
 HERE = pathlib.Path(__file__).parent
+sys.path.insert(0, str(HERE.parent))
+
+import chart  # noqa: E402
+from measuring import end_saying, measured, print_table, say  # noqa: E402
+
 LOWER = "lower bound"
 OURS = "krcontacts"
 GROUPINGS = ["same_name", "shared_phone", "shared_email", "exact", "in_contact"]
@@ -54,23 +56,6 @@ class Target:
         digits = 0 if self.unit == "bytes" else 2
         verdict = "met" if self.is_met() else "missed by %.*f" % (digits, abs(self.value - self.limit))
         return self.work, f"{self.value:.{digits}f} {self.unit}", bound, verdict
-
-
-def measured(job, home):
-    """Runs a program once; its result, with the processor time and the peak of memory of the process. The peak is never less
-    than what this program had when it started the other one, some 20 MB.
-    """
-    cores = set(sorted(os.sched_getaffinity(0))[-job.cores:])
-    with tempfile.TemporaryDirectory(dir=home) as folder, tempfile.TemporaryFile() as out:
-        child = subprocess.Popen(job.command, stdout=out, env={**os.environ, "XDG_DATA_HOME": folder, "XDG_CONFIG_HOME": folder},
-                                 preexec_fn=lambda: os.sched_setaffinity(0, cores))
-        _, status, usage = os.wait4(child.pid, 0)
-        child.returncode = os.waitstatus_to_exitcode(status)
-        if child.returncode != 0:
-            sys.exit(f"{' '.join(map(str, job.command))} ended with {child.returncode}")
-        out.seek(0)
-        result = json.loads(out.read())
-    return {**result, "cpu": usage.ru_utime + usage.ru_stime, "peak": usage.ru_maxrss * 1024}
 
 
 def made_book(folder, count):
@@ -208,17 +193,6 @@ class Comparison:
                     yield f"{job.name} found {count:,} of {grouping}, not {lower['found'][grouping]:,}"
 
 
-def print_table(heads, rows):
-    """Columns as wide as they need; all but the first to the right."""
-    cells = [heads, *rows]
-    widths = [max(len(row[column]) for row in cells) for column in range(len(heads))]
-    for row in cells:
-        first, *others = (cell.ljust(width) if column == 0 else cell.rjust(width)
-                          for column, (cell, width) in enumerate(zip(row, widths)))
-        print("  ".join([first, *others]).rstrip())
-    print()
-
-
 def print_work(comparison, work, title, base):
     mine = [job for job in comparison.jobs if job.work == work]
     if not mine:
@@ -269,9 +243,9 @@ def main():
     chosen = [job for job in jobs(book, slow, words.bin, words.modules) if words.only in f"{job.work} {job.name}"]
     for number in range(words.rounds):
         for job in chosen:
-            print(f"\rRound {number + 1} of {words.rounds}: {job.work}, {job.name}".ljust(70), end="", file=sys.stderr, flush=True)
-            job.runs.append(measured(job, words.books))
-    print("\r".ljust(71) + "\r", end="", file=sys.stderr)
+            say(f"Round {number + 1} of {words.rounds}: {job.work}, {job.name}")
+            job.runs.append(measured(job.command, job.cores, words.books))
+    end_saying()
 
     comparison = Comparison(chosen)
     for work in WORKS:

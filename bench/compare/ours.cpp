@@ -22,10 +22,10 @@
 #include "app/BookExport.h"
 #include "bench/BenchCards.h"
 #include "bench/BenchFind.h"
+#include "bench/BenchSteps.h"
 #include "contacts/KRTrashAddressBook.h"
 #include "contacts/model/KRSaveScope.h"
 #include "contacts/vcard/KRVCardBook.h"
-#include "handles/KRIssueHandle.h"
 #include "import/KRCSVReading.h"
 #include "import/KRCSVSplitter.h"
 #include "import/KRCSVText.h"
@@ -44,11 +44,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-[[noreturn]] void fail(const std::string& sentence) {
-  std::cerr << "kr_compare: " << sentence << '\n';
-  std::exit(2);
-}
-
 class Stopwatch {
  public:
   double seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
@@ -56,12 +51,6 @@ class Stopwatch {
  private:
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
-
-KRRef<KRVCardBook> open(const std::string& path) {
-  auto book = KRVCardBook::open(std::string_view(path));
-  if (!book) fail(book.error().sentence);
-  return book.value();
-}
 
 /// Reads names, phones, e-mails and addresses of all persons once, as the peers do.
 Json readAll(KRVCardBook& book) {
@@ -88,7 +77,7 @@ Json readAll(KRVCardBook& book) {
 Json load(const std::string& path) {
   const size_t before = krResidentBytes();
   const Stopwatch watch;
-  const auto book = open(path);
+  const auto book = krBenchOpen(path);
   const double loaded = watch.seconds();
   Json values = readAll(*book);
   const double seconds = watch.seconds();
@@ -109,7 +98,7 @@ size_t findingsOf(KRIssueFindResult& result) {
 
 Json scan(const std::string& path) {
   const size_t before = krResidentBytes();
-  const auto book = open(path);
+  const auto book = krBenchOpen(path);
   const Stopwatch watch;
   const auto result = krBenchFind(book);
   const double seconds = watch.seconds();
@@ -133,7 +122,7 @@ Json groups(const std::string& path) {
       {"exact", {KRIssueDuplicateInfo}},
       {"in_contact", {KRIssueDuplicatePhoneNumber, KRIssueDuplicateEmailAddress, KRIssueDuplicateAddress}},
   };
-  const auto book = open(path);
+  const auto book = krBenchOpen(path);
   const KRPersonList& persons = book->allPersons();
   Json result = {{"contacts", book->allPersonsCount()}};
   double all = 0;
@@ -155,43 +144,30 @@ Json groups(const std::string& path) {
   return result;
 }
 
-/// Sets a handle of that name on all findings of an issue, or of all issues when it is nothing, and fixes them.
-size_t fixAll(KRIssueFindResult& result, const KRString& issueName, const KRString& handleName) {
-  const auto handle = KRIssueHandle::issueHandleWithName(handleName);
-  size_t count = 0;
-  for (const KRRef<KRIssueContext>& context : result.contexts().copy()) {
-    if (!issueName.isNothing() && context->issue()->name() != issueName) continue;
-    count += context->objects().count();
-    for (KRIssueObject& finding : context->objects()) finding.setHandle(handle);
-    context->fixAllForProgress([](double) {});
-  }
-  return count;
-}
-
 /// The time to find, and that to fix what was found, without the save.
 Json fix(const std::string& path, const KRString& issueName, const KRString& handleName) {
-  const auto book = open(path);
+  const auto book = krBenchOpen(path);
   const Stopwatch finding;
   const auto result = krBenchFind(book);
   const double found = finding.seconds();
   const Stopwatch fixing;
   KRSaveScope scope;
-  const size_t count = fixAll(*result, issueName, handleName);
+  const size_t count = krBenchFixAll(*result, issueName, handleName);
   const double seconds = fixing.seconds();
   return {{"seconds", seconds}, {"find_seconds", found}, {"contacts", book->allPersonsCount()}, {"findings", count}};
 }
 
 Json exportBook(const std::string& path) {
-  const auto book = open(path);
+  const auto book = krBenchOpen(path);
   const std::string target = std::string(std::getenv("XDG_DATA_HOME")) + "/export.vcf";
   const Stopwatch watch;
   auto file = KRFileWriter::open(std::string_view(target));
-  if (!file) fail(file.error().sentence);
+  if (!file) krBenchFail(file.error().sentence);
   // By the same pieces as the command hands them to the system.
   constexpr size_t kPiece = size_t{256} << 10U;
   std::string kept;
   const auto flush = [&] {
-    if (const auto written = file->append(kept); !written) fail(written.error().sentence);
+    if (const auto written = file->append(kept); !written) krBenchFail(written.error().sentence);
     kept.clear();
   };
   size_t bytes = 0;
@@ -203,7 +179,7 @@ Json exportBook(const std::string& path) {
   BookExport::write(
       *book, PersonFilter(), std::nullopt, put, [](const IKRPerson&, const std::string&) {}, [](double) {});
   flush();
-  if (const auto written = file->commit(); !written) fail(written.error().sentence);
+  if (const auto written = file->commit(); !written) krBenchFail(written.error().sentence);
   const double seconds = watch.seconds();
   return {{"seconds", seconds}, {"contacts", book->allPersonsCount()}, {"bytes", bytes}};
 }
@@ -213,7 +189,7 @@ Json table(const std::string& path) {
   const size_t before = krResidentBytes();
   const Stopwatch watch;
   const auto text = KRCSVText::read(std::string_view(path));
-  if (!text) fail(text.error().sentence);
+  if (!text) krBenchFail(text.error().sentence);
   std::vector<KRString> cells;
   size_t rows = 0;
   KRCSVSplitter splitter(KRCSVMarks(), [&](const KRCSVRow& row) {
@@ -240,7 +216,7 @@ class Counter : public KRPersonLoadDelegate {
 Json persons(const std::string& path) {
   const Stopwatch watch;
   auto reading = KRCSVReading::open(std::string_view(path), KRCSVDialect::rfc4180());
-  if (!reading) fail(reading.error().sentence);
+  if (!reading) krBenchFail(reading.error().sentence);
   size_t count = 0;
   reading.value().persons(
       [&](const KRRef<KRTempPerson>&, size_t) {
@@ -272,14 +248,14 @@ Json run(std::string_view task, const std::string& path) {
   if (task == "table") return table(path);
   if (task == "persons") return persons(path);
   if (task == "contract") return contract(path);
-  fail("no such task: " + std::string(task));
+  krBenchFail("no such task: " + std::string(task));
 }
 
 }  // namespace
 
 int main(int count, char** words) {
-  if (count != 3) fail("usage: kr_compare TASK FILE");
-  if (std::getenv("XDG_DATA_HOME") == nullptr) fail("XDG_DATA_HOME must name a folder that may be filled");
+  if (count != 3) krBenchFail("usage: kr_compare TASK FILE");
+  if (std::getenv("XDG_DATA_HOME") == nullptr) krBenchFail("XDG_DATA_HOME must name a folder that may be filled");
   KRPreferences::setStandard(krMake<KRPreferencesOverlay>(KRRef<KRPreferences>()));
   std::cout << run(words[1], words[2]).dump() << std::endl;
   // Letting go of a million contacts is not what is measured.
