@@ -4,15 +4,7 @@
 #include <mutex>
 #include <new>
 
-#include "platform/KRPages.h"
-
-namespace {
-
-constexpr size_t kBlockSize = size_t{64} << 10U;
-/// So much is taken from the system at a time; its blocks are touched, and given back, one by one.
-constexpr size_t kRegionSize = size_t{1} << 20U;
-
-}  // namespace
+#include "platform/KRPieces.h"
 
 /// The head of a block, in the place of its first cell. Cells are handed out in order first, then those given back.
 struct KRCellPool::Block {
@@ -20,10 +12,9 @@ struct KRCellPool::Block {
     Free* next;
   };
 
-  explicit Block(uint32_t size) noexcept : cellSize(size) {}
+  explicit Block(uint32_t size) noexcept : cellSize(size), cells(static_cast<uint32_t>(KRPieces::kSize) / size) {}
 
-  uint32_t cells() const noexcept { return static_cast<uint32_t>(kBlockSize) / cellSize; }
-  bool isFull() const noexcept { return free == nullptr && untouched == cells(); }
+  bool isFull() const noexcept { return free == nullptr && untouched == cells; }
 
   void* take() noexcept {
     ++used;
@@ -44,6 +35,7 @@ struct KRCellPool::Block {
   Block* next = nullptr;
   Free* free = nullptr;
   const uint32_t cellSize;
+  const uint32_t cells;
   uint32_t untouched = 1;
   uint32_t used = 0;
 };
@@ -52,24 +44,17 @@ KRCellPool::~KRCellPool() {
   while (open_ != nullptr) {
     Block* block = open_;
     unlink(block);
-    KRPages::give(block, kBlockSize);
+    KRPieces::give(block);
   }
-  if (untouched_ != end_) KRPages::give(untouched_, static_cast<size_t>(end_ - untouched_));
 }
 
 KRCellPool::Block* KRCellPool::blockOf(void* cell) noexcept {
-  return reinterpret_cast<Block*>(reinterpret_cast<uintptr_t>(cell) & ~uintptr_t{kBlockSize - 1});
+  return reinterpret_cast<Block*>(reinterpret_cast<uintptr_t>(cell) & ~uintptr_t{KRPieces::kSize - 1});
 }
 
 KRCellPool::Block* KRCellPool::addBlock() {
   static_assert(sizeof(Block) <= kLine);
-  if (untouched_ == end_) {
-    untouched_ = static_cast<char*>(KRPages::take(kRegionSize, kBlockSize));
-    end_ = untouched_ + kRegionSize;
-  }
-  KRPages::layReady(untouched_, kBlockSize);
-  auto* block = new (untouched_) Block(cellSize_);
-  untouched_ += kBlockSize;
+  auto* block = new (KRPieces::take()) Block(cellSize_);
   ++blocks_;
   link(block);
   return block;
@@ -110,7 +95,7 @@ void KRCellPool::give(void* cell) noexcept {
       empty = block;
     }
   }
-  if (empty != nullptr) KRPages::give(empty, kBlockSize);
+  if (empty != nullptr) KRPieces::give(empty);
 }
 
 size_t KRCellPool::blockCount() const noexcept {

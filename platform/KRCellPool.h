@@ -4,13 +4,14 @@
 #include <cstdint>
 #include <new>
 
+#include "platform/KRPieces.h"
 #include "platform/KRSpinLock.h"
 
 /// Memory for many objects of one size that live long and are walked over in the order in which they were made: they
 /// stand behind each other, each in lines of the processor's cache of its own, and without the allocator's words
 /// between them.
 ///
-/// Cells come in blocks of 64 KiB. A block that becomes empty goes back to the system, but for one that is kept, so
+/// Cells come in blocks of 64 KiB. A block that becomes empty goes back, but for one that is kept, so
 /// that who makes and drops one object at a time does not ask for a block each time. Safe from any thread. A pool lives
 /// as long as its cells.
 class KRCellPool {
@@ -45,9 +46,6 @@ class KRCellPool {
   /// Those that have free cells.
   Block* open_ = nullptr;
   size_t blocks_ = 0;
-  /// What is left of the region that was taken last.
-  char* untouched_ = nullptr;
-  char* end_ = nullptr;
 };
 
 /// For a class whose objects stand in cells: what its `operator new` and `operator delete` call. Objects of classes
@@ -60,21 +58,7 @@ class KRCells {
   static void give(void* room, size_t size) noexcept { isInCell(size) ? pool().give(room) : ::operator delete(room); }
 
  private:
-#if defined(__SANITIZE_ADDRESS__)
-  static constexpr bool kIsUsed = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-  static constexpr bool kIsUsed = false;
-#else
-  static constexpr bool kIsUsed = true;
-#endif
-#else
-  static constexpr bool kIsUsed = true;
-#endif
-
-  static constexpr bool isInCell(size_t size) noexcept {
-    return kIsUsed && size == sizeof(T);
-  }
+  static constexpr bool isInCell(size_t size) noexcept { return KRPieces::kAreUsed && size == sizeof(T); }
   // Never destroyed: an object may outlive everything else of the process.
   static KRCellPool& pool() {
     static auto& pool = *new KRCellPool(sizeof(T));

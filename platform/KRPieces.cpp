@@ -1,0 +1,103 @@
+#include "platform/KRPieces.h"
+
+#include <sys/mman.h>
+
+#include <array>
+#include <cstdint>
+#include <mutex>
+#include <new>
+#include <span>
+
+#include "platform/KRSpinLock.h"
+
+namespace {
+
+/// Pieces are cut from regions of the size of a large page, at multiples of it.
+constexpr size_t kRegionSize = size_t{2} << 20U;
+/// The regions of a small process are touched piece by piece; so many make it a large one.
+constexpr size_t kFewRegions = 4;
+
+/// Has the system lay pages ready in one go, which takes two thirds of the time that they take one by one when they are
+/// first written to. A wish: without it they come as they are touched.
+void layReady([[maybe_unused]] std::span<char> room) noexcept {
+#ifdef MADV_POPULATE_WRITE
+  if (!room.empty()) madvise(room.data(), room.size(), MADV_POPULATE_WRITE);
+#endif
+}
+
+char* mapRegion() {
+  // As much more as it takes to come to a multiple; that goes back at once.
+  void* memory = mmap(nullptr, 2 * kRegionSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  auto* const from = static_cast<char*>(memory);
+  const size_t before = (kRegionSize - reinterpret_cast<uintptr_t>(from) % kRegionSize) % kRegionSize;
+  if (before != 0) munmap(from, before);
+  munmap(from + before + kRegionSize, kRegionSize - before);
+  return from + before;
+}
+
+/// The pieces that nobody has.
+class Supply {
+ public:
+  /// A piece, and the room that is to be laid ready for it and perhaps others, if any.
+  struct Taken {
+    char* piece;
+    std::span<char> toLayReady;
+  };
+
+  Taken take() {
+    const std::lock_guard lock(lock_);
+    if (keptCount_ > 0) return {kept_[--keptCount_], {}};
+    const bool isNew = left_.empty();
+    if (isNew) addRegion();
+    char* piece = left_.data();
+    const std::span<char> region = left_;
+    left_ = left_.subspan(KRPieces::kSize);
+    if (regions_ <= kFewRegions) return {piece, region.first(KRPieces::kSize)};
+    return {piece, isNew ? region : std::span<char>()};
+  }
+
+  /// Whether the piece is kept for another time.
+  bool keep(char* piece) noexcept {
+    const std::lock_guard lock(lock_);
+    if (keptCount_ == kept_.size()) return false;
+    kept_[keptCount_++] = piece;
+    return true;
+  }
+
+ private:
+  void addRegion() {
+    left_ = {mapRegion(), kRegionSize};
+    if (++regions_ <= kFewRegions) return;
+#ifdef MADV_HUGEPAGE
+    madvise(left_.data(), left_.size(), MADV_HUGEPAGE);
+#endif
+  }
+
+  KRSpinLock lock_;
+  std::array<char*, 16> kept_{};
+  size_t keptCount_ = 0;
+  size_t regions_ = 0;
+  /// What is left of the last region.
+  std::span<char> left_;
+};
+
+// Never destroyed: what stands in pieces may outlive everything else of the process.
+Supply& supply() {
+  static auto& supply = *new Supply;
+  return supply;
+}
+
+}  // namespace
+
+void* KRPieces::take() {
+  const Supply::Taken taken = supply().take();
+  layReady(taken.toLayReady);
+  return taken.piece;
+}
+
+void KRPieces::give(void* piece) noexcept {
+  if (supply().keep(static_cast<char*>(piece))) return;
+  // A process that holds too many mappings may not take one apart; then the memory goes back, and the room stays.
+  if (munmap(piece, kSize) != 0) madvise(piece, kSize, MADV_DONTNEED);
+}
