@@ -58,17 +58,25 @@ class Target:
         return self.work, f"{self.value:.{digits}f} {self.unit}", bound, verdict
 
 
+def generate(count, folder, *words):
+    folder.mkdir(exist_ok=True)
+    subprocess.run([sys.executable, HERE.parent / "gen_contacts.py", "--count", str(count), "--seed", "1", "--out", folder, *words],
+                   check=True, stdout=subprocess.DEVNULL)
+
+
 def made_book(folder, count):
     """The generated book of so many contacts, with its tables for the databases."""
     book = folder / str(count)
-    if not (book / "tables").exists():
+    if not all((book / part).exists() for part in ("chinese.vcf", "doubles", "tables")):
         book.mkdir(parents=True, exist_ok=True)
         print(f"Making a book of {count:,} contacts", file=sys.stderr)
-        subprocess.run([sys.executable, HERE.parent / "gen_contacts.py", "--count", str(count), "--seed", "1", "--out", book],
-                       check=True, stdout=subprocess.DEVNULL)
-        subprocess.run([sys.executable, HERE / "peers/tables.py", book / "contacts.vcf", book / "part"], check=True)
-        (book / "part").rename(book / "tables")
+        generate(count, book)
         with_chinese_names(book / "contacts.vcf", book / "chinese.vcf")
+        # As many as the fix of a hundred thousand in a million deletes.
+        generate(count, book / "doubles", "--rate", "exact_duplicate=0.1")
+        if not (book / "tables").exists():
+            subprocess.run([sys.executable, HERE / "peers/tables.py", book / "contacts.vcf", book / "part"], check=True)
+            (book / "part").rename(book / "tables")
     return book
 
 
@@ -121,7 +129,7 @@ def jobs(book, slow, bin, modules):
     yield Job("find", OURS + ", 2 cores", [ours, "scan", vcf], 2)
     yield Job("find", OURS + ", Chinese names", [ours, "scan", book / "chinese.vcf"])
     yield Job("fix", OURS + " ignore all", [ours, "fix", vcf])
-    yield Job("fix", OURS + " delete duplicates", [ours, "delete", vcf])
+    yield Job("fix", OURS + " delete duplicates", [ours, "delete", book / "doubles" / "contacts.vcf"])
     yield Job("export", LOWER, [lower, "copy", vcf, book / "copy.vcf"])
     yield Job("export", OURS, [ours, "export", vcf])
 
