@@ -18,8 +18,10 @@ constexpr uint32_t kOwnBlock = KRSlab::kSharedCapacity / 4;
 KRCardSlabs::Room KRCardSlabs::take(uint32_t size) {
   if (size >= kOwnBlock) return {KRSlab::create(std::max(size, KRSlab::kSharedCapacity + 1)), 0};
   if (current_ == nullptr || used_ + size > current_->capacity()) {
+    // First the new one: where there is no memory for it, the old one stays.
+    KRSlab* fresh = KRSlab::create(KRSlab::kSharedCapacity);
     if (current_ != nullptr) current_->release();
-    current_ = KRSlab::create(KRSlab::kSharedCapacity);
+    current_ = fresh;
     used_ = 0;
   }
   const uint32_t offset = used_;

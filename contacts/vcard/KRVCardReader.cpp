@@ -107,9 +107,16 @@ void KRVCardReader::readStretch(KRVCardStretch& stretch) {
   parser_.startDocument(stretch.charset);
   stretch.contacts.clear();
   stretch.others.clear();
+  // The stretch is the caller's again, also where there was no memory for all of it.
+  struct Lent {
+    KRVCardStretch*& place;
+    ~Lent() { place = nullptr; }
+  };
   stretch_ = &stretch;
-  stretch.size = run(stretch.text, false);
-  stretch_ = nullptr;
+  {
+    const Lent lent{stretch_};
+    stretch.size = run(stretch.text, false);
+  }
   stretch.lines = lineNumber_ - 1;
   stretch.cards = cardNumber_;
   stretch.endsInJunk = isInJunk_;
