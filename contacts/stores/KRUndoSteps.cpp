@@ -91,10 +91,11 @@ class FilesStep : public KRUndoStep {
     }
     KRResult<KRUndoNote> note = record(now, kept);
     if (!note) return note.error();
-    // Removals last: of contacts that moved from one file to another there is one at any time.
-    for (const bool isRemoval : {false, true}) {
+    // Links after what they may lead to. Removals last: of contacts that moved from one file to another there is one at
+    // any time.
+    for (const Kind kind : {Kind::File, Kind::Link, Kind::Removal}) {
       for (size_t each = 0; each < back_.size(); ++each) {
-        if (content_.files[back_[each]].before.has_value() == isRemoval) continue;
+        if (kindOf(content_.files[back_[each]]) != kind) continue;
         if (KRResult<void> done = putBack(back_[each], kept[each]); !done) return done;
       }
     }
@@ -103,6 +104,13 @@ class FilesStep : public KRUndoStep {
   }
 
  private:
+  /// What putting a file back makes of it.
+  enum class Kind : uint8_t { File, Link, Removal };
+  static Kind kindOf(const KRUndoFiles::File& file) noexcept {
+    if (!file.before) return Kind::Removal;
+    return file.link.empty() ? Kind::File : Kind::Link;
+  }
+
   std::string pathOf(size_t i) const { return content_.pathOf(content_.files[i]); }
   std::string keptAt(size_t i) const { return run_.at(part_, std::to_string(i)); }
 

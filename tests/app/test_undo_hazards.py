@@ -115,6 +115,19 @@ class Hazards(host.HostTest):
         self.run_host("undo")
         self.assertEqual("../elsewhere/real.vcf", os.readlink(link))
 
+    def test_a_link_comes_back_as_the_link_when_what_it_leads_to_was_removed_too(self):
+        book = self.folder / "cards"
+        self.write("cards/a.vcf", TWINS[0])
+        real = self.write("cards/z.vcf", TWINS[1])
+        link = book / "l.vcf"
+        link.symlink_to("z.vcf")
+        self.run_host("fix", book, *DELETE)
+        self.assertFalse(os.path.lexists(link))
+        self.assertFalse(real.exists())
+        self.run_host("undo")
+        self.assertEqual("z.vcf", os.readlink(link))
+        self.assertEqual(TWINS[1], real.read_bytes().decode())
+
     def test_a_link_to_what_is_another_file_by_now_comes_back_as_the_file_it_was(self):
         link, real = self.linked_book()
         with open(real, "w", encoding="utf-8", newline="") as file:
