@@ -1,9 +1,11 @@
 #include "app/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <vector>
 
 #include "app/ApplyCommand.h"
@@ -127,10 +129,29 @@ int parseAndRun(Terminal& terminal, int argc, char** argv) {
   return code;
 }
 
+constexpr std::string_view kNoMemory = "there is not enough memory";
+
+/// For what a thread of the engine throws, which nobody can catch: a run of a find that gets no memory says so and ends
+/// the process. Nothing is being written then.
+[[noreturn]] void endWithoutMemory() noexcept {
+  try {
+    if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
+  } catch (const std::bad_alloc&) {
+    for (const std::string_view text : {std::string_view("krcontacts: "), kNoMemory, std::string_view("\n")}) {
+      writeAll(2, text);
+    }
+    std::_Exit(ExitCode::Unusable);
+  } catch (...) {
+    std::abort();
+  }
+  std::abort();
+}
+
 }  // namespace
 
 int CommandLine::run(int argc, char** argv) {
   Interrupt::install();
+  std::set_terminate(endWithoutMemory);
   // Settings are found again under whatever name the program's file is given.
   KRHostInfo::setIdentifier("krcontacts"_kr);
   Terminal terminal;
@@ -139,7 +160,7 @@ int CommandLine::run(int argc, char** argv) {
   } catch (const Unusable& error) {
     terminal.say(error.what());
   } catch (const std::bad_alloc&) {
-    terminal.say("there is not enough memory");
+    terminal.say(std::string(kNoMemory));
   } catch (const std::exception& error) {
     terminal.say(error.what());
   }

@@ -47,6 +47,7 @@ void KRWorkAside::add(std::function<void()> work) {
 void KRWorkAside::wait() {
   std::unique_lock lock(lock_);
   changed_.wait(lock, [this] { return waiting_.empty() && !isBusy_; });
+  if (const std::exception_ptr thrown = std::exchange(thrown_, nullptr)) std::rethrow_exception(thrown);
 }
 
 void KRWorkAside::run() {
@@ -58,8 +59,14 @@ void KRWorkAside::run() {
     waiting_.pop_front();
     isBusy_ = true;
     lock.unlock();
-    work();
+    std::exception_ptr thrown;
+    try {
+      work();
+    } catch (...) {
+      thrown = std::current_exception();
+    }
     lock.lock();
+    if (thrown && !thrown_) thrown_ = thrown;
     isBusy_ = false;
     changed_.notify_all();
   }

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <exception>
 #include <functional>
 #include <mutex>
 #include <thread>
@@ -21,9 +22,10 @@ class KRWorkAside {
   /// How many processors the calling thread may use, at least 1: those that it was bound to, not all that there are.
   static unsigned processors() noexcept;
 
-  /// Takes a piece of work, which does not throw. It is done after all that were given before.
+  /// Takes a piece of work. It is done after all that were given before.
   void add(std::function<void()> work);
-  /// Waits until all work is done.
+  /// Waits until all work is done. Throws what the first of it threw on the other thread, such as `std::bad_alloc`; on
+  /// this one `add` does.
   void wait();
 
  private:
@@ -36,5 +38,6 @@ class KRWorkAside {
   std::condition_variable changed_;
   std::deque<std::function<void()>> waiting_;
   bool isBusy_ = false;
+  std::exception_ptr thrown_;
   bool isOver_ = false;
 };

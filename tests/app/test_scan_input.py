@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """What a scan is given: files that are good, bad, damaged, several, or not there."""
 import os
+import resource
+import subprocess
 
 import host
 
@@ -149,6 +151,24 @@ class Input(host.HostTest):
         for words in (NAMES, ("--all-issues",)):
             self.run_host("scan", *words, path)
             self.assertEqual(before, self.stored_files())
+
+    @staticmethod
+    def reserves_addresses():
+        """Whether the program is watched by a checker that takes more addresses for itself than any limit leaves."""
+        return b"__asan_init" in host.PROGRAM.read_bytes()
+
+    def test_too_little_memory_is_told_in_one_line(self):
+        cards = "".join(host.card(f"N:L{number};A;;;", f"FN:A L{number}") for number in range(60_000))
+        path = self.write("many.vcf", cards)
+        codes = set()
+        for megabytes in range(64, 200, 8) if not self.reserves_addresses() else ():
+            limit = megabytes << 20
+            done = subprocess.run([host.PROGRAM, "scan", path], env=self.environment(), capture_output=True, timeout=host.TIMEOUT,
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+            codes.add(done.returncode)
+            if done.returncode != 0:
+                self.assertEqual((2, b"krcontacts: there is not enough memory\n"), (done.returncode, done.stderr), megabytes)
+        self.assertIn(codes, ({0, 2}, set()))
 
     def test_files_are_not_changed(self):
         path = self.write("a.vcf", ANN + BOB)

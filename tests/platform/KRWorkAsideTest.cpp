@@ -4,7 +4,9 @@
 #include <sched.h>
 
 #include <future>
+#include <new>
 #include <numeric>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -37,6 +39,21 @@ TEST(KRWorkAsideThreads, GoesOnBesideTheCaller) {
   goOn.set_value();
   aside.wait();
   EXPECT_TRUE(isDone);
+}
+
+TEST(KRWorkAsideThreads, ThrowsWhatWorkThrewWhereItIsWaitedFor) {
+  KRWorkAside aside(2);
+  int done = 0;
+  aside.add([] { throw std::bad_alloc(); });
+  aside.add([] { throw std::runtime_error("later"); });
+  aside.add([&] { ++done; });
+  EXPECT_THROW(aside.wait(), std::bad_alloc);
+  EXPECT_EQ(done, 1) << "what comes after it is done all the same";
+  aside.add([&] { ++done; });
+  EXPECT_NO_THROW(aside.wait());
+  EXPECT_EQ(done, 2);
+  // Nobody waits for this one.
+  aside.add([] { throw std::bad_alloc(); });
 }
 
 TEST(KRWorkAsideThreads, WorksOnTheCallersThreadWithOneProcessor) {
