@@ -125,7 +125,9 @@ void KRVCardReadAhead::read(Piece& piece, KRVCardReader& scout) {
   try {
     scout.readStretch(piece.stretch);
     piece.set(Piece::Read);
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
+    // For want of memory, mostly. The reader, which now reads the piece itself, meets it again if it is still there; a
+    // piece that was left taken would be waited for without end.
     piece.set(Piece::Idle);
   }
 }
