@@ -12,16 +12,16 @@
 
 namespace {
 
-/// Pieces are cut from regions of the size of a large page, at multiples of it.
+/// Pieces are cut from regions, of which the system lays none ready before its pieces are taken.
 constexpr size_t kRegionSize = size_t{2} << 20U;
-/// The regions of a small process are touched piece by piece; so many make it a large one.
-constexpr size_t kFewRegions = 4;
 
-/// Has the system lay pages ready in one go, which takes two thirds of the time that they take one by one when they are
-/// first written to. A wish: without it they come as they are touched.
-void layReady([[maybe_unused]] std::span<char> room) noexcept {
+/// Has the system lay the pages of a piece ready in one go, which takes two thirds of the time that they take one by
+/// one when they are first written to. A wish: without it they come as they are touched. They stay small: large ones
+/// are a little better to walk over, but where the memory that nobody uses goes back to the host of a virtual machine,
+/// making them took longer than all of loading.
+void layReady([[maybe_unused]] void* piece) noexcept {
 #ifdef MADV_POPULATE_WRITE
-  if (!room.empty()) madvise(room.data(), room.size(), MADV_POPULATE_WRITE);
+  madvise(piece, KRPieces::kSize, MADV_POPULATE_WRITE);
 #endif
 }
 
@@ -39,22 +39,18 @@ char* mapRegion() {
 /// The pieces that nobody has.
 class Supply {
  public:
-  /// A piece, and the room that is to be laid ready for it and perhaps others, if any.
   struct Taken {
     char* piece;
-    std::span<char> toLayReady;
+    bool isNew;
   };
 
   Taken take() {
     const std::lock_guard lock(lock_);
-    if (keptCount_ > 0) return {kept_[--keptCount_], {}};
-    const bool isNew = left_.empty();
-    if (isNew) addRegion();
+    if (keptCount_ > 0) return {kept_[--keptCount_], false};
+    if (left_.empty()) left_ = {mapRegion(), kRegionSize};
     char* piece = left_.data();
-    const std::span<char> region = left_;
     left_ = left_.subspan(KRPieces::kSize);
-    if (regions_ <= kFewRegions) return {piece, region.first(KRPieces::kSize)};
-    return {piece, isNew ? region : std::span<char>()};
+    return {piece, true};
   }
 
   /// Whether the piece is kept for another time.
@@ -66,18 +62,9 @@ class Supply {
   }
 
  private:
-  void addRegion() {
-    left_ = {mapRegion(), kRegionSize};
-    if (++regions_ <= kFewRegions) return;
-#ifdef MADV_HUGEPAGE
-    madvise(left_.data(), left_.size(), MADV_HUGEPAGE);
-#endif
-  }
-
   KRSpinLock lock_;
   std::array<char*, 16> kept_{};
   size_t keptCount_ = 0;
-  size_t regions_ = 0;
   /// What is left of the last region.
   std::span<char> left_;
 };
@@ -92,7 +79,7 @@ Supply& supply() {
 
 void* KRPieces::take() {
   const Supply::Taken taken = supply().take();
-  layReady(taken.toLayReady);
+  if (taken.isNew) layReady(taken.piece);
   return taken.piece;
 }
 

@@ -3,8 +3,7 @@
 #include <cstddef>
 
 /// Pieces of memory for what a large book consists of: records, persons, findings. They come from the system past the
-/// allocator, one behind the other, so that a process with many of them gets large pages, and looks at random places
-/// hardly ever wait for a page's address. Safe from any thread.
+/// allocator, one behind the other and each at a multiple of its size. Safe from any thread.
 class KRPieces {
  public:
   KRPieces() = delete;

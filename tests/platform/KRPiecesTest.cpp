@@ -24,7 +24,7 @@ void giveAll(const std::vector<char*>& pieces) {
   for (char* piece : pieces) KRPieces::give(piece);
 }
 
-// More than the regions that are touched piece by piece.
+// Those of several regions, and more than are kept.
 constexpr size_t kMany = 400;
 
 TEST(KRPieces, AreApartAndBeginAtMultiples) {
