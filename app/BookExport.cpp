@@ -1,13 +1,13 @@
 #include "app/BookExport.h"
 
 #include <string_view>
-#include <typeinfo>
 #include <unordered_map>
 #include <utility>
 
 #include "app/CardConversion.h"
 #include "app/Unusable.h"
 #include "contacts/model/ABPerson.h"
+#include "contacts/model/KRAsRecord.h"
 #include "contacts/model/KRCardPrefetch.h"
 #include "contacts/vcard/KRVCardGroupRewriter.h"
 #include "contacts/vcard/KRVCardReader.h"
@@ -20,20 +20,10 @@ namespace {
 
 using Members = std::unordered_map<const KRGroup*, KRStringList>;
 
-/// How many contacts before it is written a contact is asked for in memory, and its card.
+/// How many contacts before it is written a contact is asked for in memory, and its card: of most contacts nothing else
+/// is read.
 constexpr size_t kAhead = 8;
 constexpr size_t kCardAhead = 4;
-
-const ABPerson* asRecord(const IKRPerson& person) {
-  // Nearly every person is one, which is sooner told so.
-  if (typeid(person) == typeid(ABPerson)) return static_cast<const ABPerson*>(&person);
-  return dynamic_cast<const ABPerson*>(&person);
-}
-
-/// Of most contacts nothing is read but the card.
-void prefetchPlace(const IKRPerson& person) {
-  if (const ABPerson* record = asRecord(person)) krPrefetchCardPlace(record->record());
-}
 
 /// Whether the card is the contact as it stands, under the identifier that it has in the book.
 bool holdsAll(const ABPerson& person) {
@@ -63,12 +53,12 @@ BookExport::Result BookExport::write(KRAddressBook& book, const PersonFilter& fi
   const KRPersonList& persons = book.allPersons();
   for (const IKRPerson& person : persons) {
     progress(krPercent(done++, count));
-    if (done + kAhead < count) prefetchPlace(*persons.at(done + kAhead));
+    if (done + kAhead < count) krPrefetchCardPlace(*persons.at(done + kAhead));
     if (done + kCardAhead < count) persons.at(done + kCardAhead)->prefetchRest();
     if (!filter.matches(person)) continue;
     ++result.persons;
     for (const KRRef<KRGroup>& group : person.parentGroups()) members[group.get()].push_back(person.ID());
-    const ABPerson* record = asRecord(person);
+    const ABPerson* record = krAsRecord(person);
     if (!version && record != nullptr && holdsAll(*record)) {
       put(record->card());
       if (record->card().back() != '\n') put("\r\n");

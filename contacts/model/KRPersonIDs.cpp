@@ -7,21 +7,14 @@
 #include <random>
 #include <span>
 #include <string>
-#include <typeinfo>
 
 #include "contacts/model/ABPerson.h"
+#include "contacts/model/KRAsRecord.h"
 #include "contacts/model/KRCardIdentity.h"
 #include "contacts/model/KRCardPrefetch.h"
 #include "platform/KRPrefetch.h"
 
 namespace {
-
-/// The record, or null for a host's own kind of person, whose identifier is its own affair.
-const ABPerson* asRecord(const IKRPerson& person) {
-  // Nearly every person is one, which is sooner told so.
-  if (typeid(person) == typeid(ABPerson)) return static_cast<const ABPerson*>(&person);
-  return dynamic_cast<const ABPerson*>(&person);
-}
 
 uint64_t hashOf(KRText text) {
   const uint64_t hash = text.hash();
@@ -110,7 +103,7 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
   // New persons stand at the end: those from the last assigned one on are new.
   size_t first = persons.count();
   while (first > 0) {
-    const ABPerson* record = asRecord(*persons.at(first - 1));
+    const ABPerson* record = krAsRecord(*persons.at(first - 1));
     if (record != nullptr && record->isIDAssigned()) break;
     --first;
   }
@@ -122,14 +115,14 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
     const size_t size = std::min(count - first, kAtOnce);
     std::array<const ABPerson*, kAtOnce> records;
     for (size_t i = 0; i < size; ++i) {
-      const ABPerson* ahead = first + i + kAhead < count ? asRecord(*persons.at(first + i + kAhead)) : nullptr;
-      if (ahead != nullptr) krPrefetchCardPlace(ahead->record());
-      records[i] = asRecord(*persons.at(first + i));
+      if (first + i + kAhead < count) krPrefetchCardPlace(*persons.at(first + i + kAhead));
+      records[i] = krAsRecord(*persons.at(first + i));
     }
     const Bases bases({records.data(), size});
     for (size_t i = 0; i < size; ++i) krPrefetchToWrite(&used_[bases.hash(i) & (used_.size() - 1)]);
     for (size_t i = 0; i < size; ++i) {
       if (records[i] == nullptr) {
+        // A host's own kind of person, whose identifier is its own affair.
         insert(hashOf(persons.at(first + i)->ID()));
       } else {
         records[i]->setIDSuffix(suffixOf(bases.text(i), bases.hash(i), lastSuffix_, insertOne), serial_);
@@ -139,14 +132,14 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
   if (asking == nullptr || asking->isIDAssigned()) return;
   // A person that came back with its identifier hides those that came before it.
   for (const IKRPerson& person : persons) {
-    const ABPerson* record = asRecord(person);
+    const ABPerson* record = krAsRecord(person);
     if (record != nullptr && !record->isIDAssigned()) assignOne(person);
   }
   if (!asking->isIDAssigned()) assignOne(*asking);
 }
 
 void KRPersonIDs::assignOne(const IKRPerson& person) {
-  const ABPerson* record = asRecord(person);
+  const ABPerson* record = krAsRecord(person);
   if (record == nullptr) {
     insert(hashOf(person.ID()));
     return;
