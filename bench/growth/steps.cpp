@@ -8,7 +8,6 @@
 // up; `trash-load` and `library-load` read there what `trash-save` and `library-save` have left.
 
 #include <algorithm>
-#include <ctime>
 #include <functional>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -26,14 +25,9 @@
 #include "issues/KRIssueManager.h"
 #include "issues/KRIssueNames.h"
 #include "platform/KRPreferencesOverlay.h"
+#include "tests/support/KRProcessorTime.h"
 
 namespace {
-
-double secondsWorked() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
 
 struct Measured {
   double seconds = 0;
@@ -43,9 +37,9 @@ struct Measured {
 /// Times what `work` does; it answers how many it went through.
 template <class Work>
 Measured timed(Work work) {
-  const double start = secondsWorked();
+  const double start = krProcessorSeconds();
   const size_t count = work();
-  return {secondsWorked() - start, count};
+  return {krProcessorSeconds() - start, count};
 }
 
 Measured load(const std::string& path) {
