@@ -24,6 +24,7 @@
 #include <utility>
 #include <vector>
 
+#include "bench/BenchCaches.h"
 #include "contacts/model/ABPerson.h"
 #include "detectors/KRNearMissFind.h"
 #include "issues/KRIssue.h"
@@ -152,15 +153,9 @@ const KRPersonList& bookOf(Book book, size_t count) {
   return *list;
 }
 
-/// Fills the caches with other things.
 void emptyCaches() {
   static const bool isLeft = std::getenv("KR_BENCH_WARM") != nullptr;
-  if (isLeft) return;
-  constexpr size_t kSize = size_t{256} << 20U;
-  constexpr size_t kLine = 64;
-  static std::vector<char> others(kSize);
-  for (size_t i = 0; i < kSize; i += kLine) ++others[i];
-  benchmark::DoNotOptimize(others.data());
+  if (!isLeft) krBenchEmptyCaches();
 }
 
 /// Runs `work(const KRPersonList&)`, which answers what it found and how much that is, and tells the ratio to the run

@@ -18,7 +18,7 @@ HERE = pathlib.Path(__file__).parent
 sys.path.insert(0, str(HERE.parent))
 
 import chart  # noqa: E402
-from measuring import end_saying, measured, print_table, say  # noqa: E402
+from measuring import IdleMemory, end_saying, measured, print_table, say  # noqa: E402
 
 LOWER = "lower bound"
 OURS = "krcontacts"
@@ -249,8 +249,10 @@ def main():
     book = made_book(words.books, words.contacts)
     slow = made_book(words.books, min(words.contacts, SLOW))
     chosen = [job for job in jobs(book, slow, words.bin, words.modules) if words.only in f"{job.work} {job.name}"]
+    memory = IdleMemory(words.books)
     for number in range(words.rounds):
         for job in chosen:
+            memory.fill()
             say(f"Round {number + 1} of {words.rounds}: {job.work}, {job.name}")
             job.runs.append(measured(job.command, job.cores, words.books))
     end_saying()

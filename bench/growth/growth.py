@@ -15,7 +15,7 @@ import tempfile
 HERE = pathlib.Path(__file__).parent
 sys.path.insert(0, str(HERE.parent))
 
-from measuring import end_saying, measured_in, print_table, say  # noqa: E402
+from measuring import IdleMemory, end_saying, measured_in, print_table, say  # noqa: E402
 
 SIZES = [250_000, 500_000, 1_000_000, 2_000_000, 4_000_000]
 MOST = 2.3  # how much longer a step may take for twice as many contacts
@@ -68,6 +68,7 @@ def made_book(folder, count):
 
 def measure(steps, sizes, rounds, words):
     """Runs all steps; those that load read what those that save left, in a folder for each size and round."""
+    memory = IdleMemory(words.books)
     for number in range(rounds):
         for size in sizes:
             book = made_book(words.books, size)
@@ -76,6 +77,7 @@ def measure(steps, sizes, rounds, words):
                     if size > step.largest:
                         continue
                     say(f"Round {number + 1} of {rounds}: {size:,} contacts, {step.title}")
+                    memory.fill()
                     step.runs.setdefault(size, []).append(measured_in(folder, [words.program, step.name, book], 1))
     end_saying()
 
