@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -190,7 +191,7 @@ Json table(const std::string& path) {
   const Stopwatch watch;
   const auto text = KRCSVText::read(std::string_view(path));
   if (!text) krBenchFail(text.error().sentence);
-  std::vector<KRString> cells;
+  std::deque<KRString> cells;
   size_t rows = 0;
   KRCSVSplitter splitter(KRCSVMarks(), [&](const KRCSVRow& row) {
     for (size_t i = 0; i < row.count(); ++i) cells.push_back(row.text(i));
