@@ -252,8 +252,8 @@ def main():
     memory = IdleMemory(words.books)
     for number in range(words.rounds):
         for job in chosen:
-            memory.fill()
             say(f"Round {number + 1} of {words.rounds}: {job.work}, {job.name}")
+            memory.fill(job.command)
             job.runs.append(measured(job.command, job.cores, words.books))
     end_saying()
 

@@ -77,8 +77,9 @@ def measure(steps, sizes, rounds, words):
                     if size > step.largest:
                         continue
                     say(f"Round {number + 1} of {rounds}: {size:,} contacts, {step.title}")
-                    memory.fill()
-                    step.runs.setdefault(size, []).append(measured_in(folder, [words.program, step.name, book], 1))
+                    command = [words.program, step.name, book]
+                    memory.fill(command)
+                    step.runs.setdefault(size, []).append(measured_in(folder, command, 1))
     end_saying()
 
 
