@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <numeric>
 #include <typeinfo>
+#include <utility>
 
 #include "contacts/model/ABPerson.h"
 #include "contacts/model/KRObjectPersonName.h"
@@ -67,11 +69,31 @@ bool KRSortNames::isBefore(const Key& a, const Key& b) const noexcept {
   return order != 0 ? order < 0 : a.place < b.place;
 }
 
+void KRSortNames::sort(std::span<Key> keys) const {
+  std::sort(keys.begin(), keys.end(), [this](const Key& a, const Key& b) { return isBefore(a, b); });
+}
+
+void KRSortNames::sortByDrawers() {
+  constexpr unsigned kShift = 48;  // to the first two bytes
+  std::vector<uint32_t> ends(size_t{1} << (64U - kShift));
+  for (const Key& key : keys_) ++ends[key.first >> kShift];
+  std::partial_sum(ends.begin(), ends.end(), ends.begin());
+  std::vector<Key> laid(keys_.size());
+  // From the last to the first, each drawer is filled from its end; then `ends` tells where it begins.
+  for (auto key = keys_.rbegin(); key != keys_.rend(); ++key) laid[--ends[key->first >> kShift]] = *key;
+  keys_ = std::move(laid);
+  for (size_t i = 0; i < ends.size(); ++i) {
+    const size_t end = i + 1 < ends.size() ? ends[i + 1] : keys_.size();
+    if (end - ends[i] > 1) sort(std::span(keys_).subspan(ends[i], end - ends[i]));
+  }
+}
+
 std::vector<uint32_t> KRSortNames::order() {
+  constexpr size_t kMany = 4096;
   const auto before = [this](const Key& a, const Key& b) { return isBefore(a, b); };
   std::vector<uint32_t> order;
   if (std::is_sorted(keys_.begin(), keys_.end(), before)) return order;
-  std::sort(keys_.begin(), keys_.end(), before);
+  keys_.size() < kMany ? sort(keys_) : sortByDrawers();
   order.reserve(keys_.size());
   for (const Key& key : keys_) order.push_back(key.place);
   return order;
