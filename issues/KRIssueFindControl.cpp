@@ -7,6 +7,7 @@
 #include "issues/KRIssueManager.h"
 #include "platform/KRThread.h"
 #include "platform/KRWorkAside.h"
+#include "platform/KRZeroMemory.h"
 
 namespace {
 
@@ -120,6 +121,8 @@ void KRIssueFindControl::findThreed([[maybe_unused]] const KRValue& ignored) {
     }
   }
   sorting.finish();
+  // The tables of the detectors came one after the other.
+  KRZeroMemory::giveBackSpare();
   sendEnd(result);
 }
 

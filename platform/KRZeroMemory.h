@@ -7,6 +7,8 @@
 ///
 /// Pages that nobody touches cost nothing, so a table may be made as large as it could ever become. From a few
 /// megabytes up the system may use large pages: looks at random places then hardly ever wait for the page's address.
+/// Such pages cost much to get, so of the memory that was let go one stretch, of at most 64 MiB, stays for who comes
+/// next. Different objects may be used by different threads.
 class KRZeroMemory {
  public:
   /// No memory.
@@ -26,12 +28,18 @@ class KRZeroMemory {
   /// In bytes, as asked for.
   size_t size() const noexcept { return size_; }
 
+  /// Gives the system what stays for who comes next: for the end of work that needs one table after the other.
+  static void giveBackSpare() noexcept;
+
  private:
   void swap(KRZeroMemory& other) noexcept {
     std::swap(data_, other.data_);
     std::swap(size_, other.size_);
+    std::swap(mapped_, other.mapped_);
   }
 
   void* data_ = nullptr;
   size_t size_ = 0;
+  /// Bytes of the pages that were taken from the system; 0 for memory of `malloc`.
+  size_t mapped_ = 0;
 };

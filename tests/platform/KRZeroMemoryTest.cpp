@@ -26,6 +26,28 @@ TEST(KRZeroMemory, BeginsAsZerosInEverySize) {
   }
 }
 
+TEST(KRZeroMemory, ComesBackAsZerosWhereALargerOneWas) {
+  constexpr size_t kLarge = size_t{9} << 20U;
+  constexpr size_t kSmall = size_t{5} << 20U;
+  KRZeroMemory::giveBackSpare();
+  const void* place = nullptr;
+  {
+    const KRZeroMemory large(kLarge);
+    place = large.data();
+    std::fill_n(static_cast<unsigned char*>(large.data()), kLarge, static_cast<unsigned char>(0xFF));
+  }
+  {
+    const KRZeroMemory small(kSmall);
+    EXPECT_EQ(small.data(), place);
+    EXPECT_TRUE(isZero(small));
+    std::fill_n(static_cast<unsigned char*>(small.data()), kSmall, static_cast<unsigned char>(0xFF));
+    EXPECT_TRUE(isZero(KRZeroMemory(kLarge)));
+  }
+  KRZeroMemory::giveBackSpare();
+  KRZeroMemory::giveBackSpare();
+  EXPECT_TRUE(isZero(KRZeroMemory(kLarge)));
+}
+
 TEST(KRZeroMemory, HasNoneWithoutASize) {
   EXPECT_EQ(KRZeroMemory().data(), nullptr);
   EXPECT_EQ(KRZeroMemory(0).data(), nullptr);
