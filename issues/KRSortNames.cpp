@@ -69,8 +69,12 @@ bool KRSortNames::isBefore(const Key& a, const Key& b) const noexcept {
   return order != 0 ? order < 0 : a.place < b.place;
 }
 
+auto KRSortNames::before() const noexcept {
+  return [this](const Key& a, const Key& b) { return isBefore(a, b); };
+}
+
 void KRSortNames::sort(std::span<Key> keys) const {
-  std::sort(keys.begin(), keys.end(), [this](const Key& a, const Key& b) { return isBefore(a, b); });
+  std::sort(keys.begin(), keys.end(), before());
 }
 
 void KRSortNames::sortByDrawers() {
@@ -90,9 +94,8 @@ void KRSortNames::sortByDrawers() {
 
 std::vector<uint32_t> KRSortNames::order() {
   constexpr size_t kMany = 4096;
-  const auto before = [this](const Key& a, const Key& b) { return isBefore(a, b); };
   std::vector<uint32_t> order;
-  if (std::is_sorted(keys_.begin(), keys_.end(), before)) return order;
+  if (std::is_sorted(keys_.begin(), keys_.end(), before())) return order;
   keys_.size() < kMany ? sort(keys_) : sortByDrawers();
   order.reserve(keys_.size());
   for (const Key& key : keys_) order.push_back(key.place);

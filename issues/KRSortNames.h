@@ -36,9 +36,11 @@ class KRSortNames {
   void appendName(const IKRPerson& person);
   /// Puts the keys into the order of their names.
   void sort(std::span<Key> keys) const;
-  /// The same for many: they are laid into drawers by their first bytes, and each drawer is sorted by itself, which
-  /// takes half of the comparisons.
+  /// The same for many: all are laid into drawers by their first bytes, so that only names that begin alike are
+  /// compared.
   void sortByDrawers();
+  /// `isBefore`, to be handed on.
+  auto before() const noexcept;
   bool isBefore(const Key& a, const Key& b) const noexcept;
   std::string_view rest(const Key& key) const noexcept;
 
