@@ -10,7 +10,7 @@ import tempfile
 class IdleMemory:
     """Memory that nothing uses, filled with pages of a file. The host of a virtual machine takes such memory back, and then
     the first touch of a page costs ten times what it costs elsewhere: large programs, which get beyond what others have
-    just left, would seem to slow down. Pages of a file stay until a program wants them. On other machines nothing is done.
+    just left, would seem to slow down. Pages of a file stay until a program wants them. On other machines nothing is filled.
     """
     PIECE = 1 << 28
     CACHED_AT_MOST = 24  # so many pieces in a row that were still there: all of it is
