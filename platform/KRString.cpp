@@ -1,6 +1,6 @@
 #include "platform/KRString.h"
 
-#include <cstring>
+#include <algorithm>
 
 #include "platform/KRBytes.h"
 
@@ -103,11 +103,20 @@ KRString::KRString(KRText text) : literal_(nullptr) {
 }
 
 KRString KRString::trusted(std::string_view text) {
-  if (text.empty()) return literal("", 0);
-  KRSlab* slab = KRSlab::create(static_cast<uint32_t>(text.size()));
-  std::memcpy(slab->bytes(), text.data(), text.size());
-  KRString string = slice(slab, 0, static_cast<uint32_t>(text.size()));
-  slab->release();
+  const KRText piece(text);
+  return joined({&piece, 1});
+}
+
+KRString KRString::joined(std::span<const KRText> pieces) {
+  size_t size = 0;
+  for (const KRText piece : pieces) size += piece.size();
+  if (size == 0) return literal("", 0);
+  KRString string;
+  string.slab_ = KRSlab::create(static_cast<uint32_t>(size));
+  string.offset_ = 0;
+  string.size_ = static_cast<uint32_t>(size);
+  char* to = string.slab_->bytes();
+  for (const KRText piece : pieces) to = std::copy_n(piece.data(), piece.size(), to);
   return string;
 }
 
@@ -121,9 +130,7 @@ KRString KRString::slice(KRSlab* slab, uint32_t offset, uint32_t size) noexcept 
 }
 
 KRString krConcat(std::initializer_list<KRText> pieces) {
-  std::string joined;
-  for (const KRText piece : pieces) joined.append(piece.view());
-  return KRString::trusted(joined);
+  return KRString::joined({pieces.begin(), pieces.size()});
 }
 
 KRString krFormat(KRText format, KRText argument) {

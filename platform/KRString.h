@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,6 +54,9 @@ class KRString {
 
   /// Copies bytes known to be well-formed UTF-8, without looking at them.
   static KRString trusted(std::string_view text);
+
+  /// The pieces joined into one new text; a nothing among them adds nothing.
+  static KRString joined(std::span<const KRText> pieces);
 
   constexpr bool isNothing() const noexcept { return offset_ == kLiteral && literal_ == nullptr; }
   /// Nothing, or zero length.
@@ -121,7 +126,7 @@ constexpr KRString operator""_kr(const char* text, size_t size) noexcept {
 /// A list of texts that is changed in place, such as the tags of a person.
 using KRStringList = std::vector<KRString>;
 
-/// The pieces joined into one new text; a nothing among them adds nothing.
+/// `KRString::joined`, of pieces that are written down.
 KRString krConcat(std::initializer_list<KRText> pieces);
 
 /// `format` with its first `%@` replaced by `argument`; an absent argument is written "(null)".

@@ -37,27 +37,23 @@ bool isEastAsian(KRText text) {
   return true;
 }
 
+/// What the name as shown is joined of, blanks included.
+std::array<KRText, 5> displayPieces(KRText first, KRText middle, KRText last) {
+  // Nearly every name begins with a character of an alphabet, which settles the matter.
+  if (isEastAsian(last) && isEastAsian(first) && isEastAsian(middle)) return {last, middle, first};
+  const auto blank = [](bool isBefore, KRText part) { return isBefore && !part.isEmpty() ? KRText(" ") : KRText(); };
+  const bool isFirst = !first.isEmpty();
+  return {first, blank(isFirst, middle), middle, blank(isFirst || !middle.isEmpty(), last), last};
+}
+
 }  // namespace
 
 void KRObjectPersonName::appendDisplayString(std::string& to, KRText first, KRText middle, KRText last) {
-  // Nearly every name begins with a character of an alphabet, which settles the matter.
-  if (isEastAsian(last) && isEastAsian(first) && isEastAsian(middle)) {
-    for (const KRText part : {last, middle, first}) to += part.view();
-    return;
-  }
-  const size_t start = to.size();
-  for (const KRText part : {first, middle, last}) {
-    if (part.isEmpty()) continue;
-    if (to.size() > start) to += ' ';
-    to += part.view();
-  }
+  for (const KRText piece : displayPieces(first, middle, last)) to += piece.view();
 }
 
 KRString KRObjectPersonName::displayString(KRText first, KRText middle, KRText last) {
-  std::string shown;
-  shown.reserve(first.size() + middle.size() + last.size() + 2);
-  appendDisplayString(shown, first, middle, last);
-  return KRString::trusted(shown);
+  return KRString::joined(displayPieces(first, middle, last));
 }
 
 KRString KRObjectPersonName::displayString() const {
