@@ -145,13 +145,24 @@ bool KRListCore::holds(const KRObject* object) const {
   return object != nullptr && findSlot(object) < slots_.size();
 }
 
+void KRListCore::addSlot(KRObject* object) {
+  slots_.push_back(object);
+  if (index_ && index_->isFull()) index_.reset();
+  if (index_) index_->add(object, slots_.size() - 1);
+  ++changes_;
+}
+
 void KRListCore::appendObject(KRObject* object) {
   if (object == nullptr) return;
+  addSlot(object);
   keep(object);
-  if (index_ && index_->isFull()) index_.reset();
-  if (index_) index_->add(object, slots_.size());
-  slots_.push_back(object);
-  ++changes_;
+}
+
+void KRListCore::appendOwned(KRRef<KRObject> object) {
+  // References from inside a graph are counted apart.
+  if (owner_ != nullptr || !object) return appendObject(object.get());
+  addSlot(object.get());
+  object.detach();
 }
 
 void KRListCore::insertObject(KRObject* object, size_t index) {

@@ -37,6 +37,7 @@ class KRListCore {
   size_t firstEqual(const KRObject* object) const;
   bool holds(const KRObject* object) const;
   void appendObject(KRObject* object);
+  void appendOwned(KRRef<KRObject> object);
   void insertObject(KRObject* object, size_t index);
   void setObjectAt(KRObject* object, size_t index);
   bool removeEqual(const KRObject* object);
@@ -71,6 +72,7 @@ class KRListCore {
   };
   static constexpr size_t kSmall = 16;
 
+  void addSlot(KRObject* object);
   void keep(const KRObject* object) const;
   void drop(const KRObject* object) const;
   void take(size_t slot);
@@ -113,6 +115,8 @@ class KRList : public KRListCore {
 
   void append(T* object) { appendObject(object); }
   void append(const KRRef<T>& object) { appendObject(object.get()); }
+  /// Takes the reference over.
+  void append(KRRef<T>&& object) { appendOwned(std::move(object)); }
   /// Inserts before `index`; at the end when `index` is greater than the count. Linear.
   void insert(T* object, size_t index) { insertObject(object, index); }
   void replace(T* object, size_t index) { setObjectAt(object, index); }

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <span>
 #include <system_error>
+#include <utility>
 
 #include "contacts/vcard/KRVCardReadAhead.h"
 #include "platform/KRFileReader.h"
@@ -49,9 +50,9 @@ KRString KRVCardBook::kind() const {
 
 KRVCardReader::PersonSink KRVCardBook::sink() {
   // The person is new, so there is no need to look whether it is there already.
-  return [this](const KRRef<ABPerson>& person) {
+  return [this](KRRef<ABPerson> person) {
     person->setAddressBook(this);
-    persons_.append(person.get());
+    persons_.append(std::move(person));
   };
 }
 

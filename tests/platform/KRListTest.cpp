@@ -52,6 +52,25 @@ TEST(KRList, KeepsItsElementsAliveAndLetsThemGo) {
   EXPECT_EQ(Item::alive, 0);
 }
 
+TEST(KRList, TakesOverAReferenceThatIsGivenUp) {
+  {
+    KRList<Item> list;
+    KRRef<Item> item = krMake<Item>(1);
+    list.append(std::move(item));
+    list.append(KRRef<Item>());
+    EXPECT_EQ(list.count(), 1U);
+    EXPECT_EQ(Item::alive, 1);
+    KRRef<Item> kept(list.first());
+    list.removeAll();
+    EXPECT_EQ(Item::alive, 1);
+    kept = nullptr;
+    EXPECT_EQ(Item::alive, 0);
+    list.append(krMake<Item>(2));
+    EXPECT_EQ(Item::alive, 1);
+  }
+  EXPECT_EQ(Item::alive, 0);
+}
+
 TEST(KRList, RemovesEveryOccurrence) {
   const auto items = makeItems(2);
   KRList<Item> list;
