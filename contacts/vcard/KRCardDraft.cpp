@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace {
@@ -12,6 +13,8 @@ constexpr uint32_t kAlignment = alignof(KRCardRecord::Head);
 static_assert(kAlignment % alignof(KRCardRow) == 0 && KRCardRecord::kHeadSize % kAlignment == 0);
 /// Records from this size on do not share a block.
 constexpr uint32_t kOwnBlock = KRSlab::kSharedCapacity / 4;
+/// More records than a shared block has room for.
+constexpr uint32_t kEnoughReferences = KRSlab::kSharedCapacity / kAlignment + 1;
 
 }  // namespace
 
@@ -20,13 +23,15 @@ KRCardSlabs::Room KRCardSlabs::take(uint32_t size) {
   if (current_ == nullptr || used_ + size > current_->capacity()) {
     // First the new one: where there is no memory for it, the old one stays.
     KRSlab* fresh = KRSlab::create(KRSlab::kSharedCapacity);
-    if (current_ != nullptr) current_->release();
+    letGo();
+    fresh->retain(kEnoughReferences - 1);
     current_ = fresh;
     used_ = 0;
+    references_ = kEnoughReferences;
   }
   const uint32_t offset = used_;
   used_ = (used_ + size + kAlignment - 1) / kAlignment * kAlignment;
-  current_->retain();
+  --references_;
   return {current_, offset};
 }
 
@@ -39,7 +44,6 @@ void KRCardDraft::start(const char* card, const char* end) noexcept {
   entries_.clear();
   details_.clear();
   counts_ = {};
-  places_.clear();
 }
 
 KRCardDraft::Place KRCardDraft::copy(std::string_view text) {
@@ -50,9 +54,13 @@ KRCardDraft::Place KRCardDraft::copy(std::string_view text) {
 }
 
 void KRCardDraft::addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place) {
-  ++counts_[entries_[entry].what];
-  ++places_[entry];
-  details_.push_back({entry, {static_cast<uint8_t>(what), detail, label, place.offset, sizeOf(place)}});
+  ++counts_[entries_[entry].row.what];
+  ++entries_[entry].places;
+  Detail& added = details_.emplace_back();
+  added.entry = entry;
+  write(added.row, static_cast<uint8_t>(what), place);
+  added.row.detail = detail;
+  added.row.label = label;
 }
 
 KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs, KRCardSlabs& cards) {
@@ -75,24 +83,26 @@ KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs, KRCa
   char* bytes = room.slab->bytes() + offset;
   // The first of them, mostly the name, stand next to the rows.
   uint32_t near = KRCardRecord::kHeadSize;
-  const auto write = [&](KRCardRow row, uint32_t at) {
+  const auto write = [&](const KRCardRow& row, uint32_t at) {
+    uint32_t offset = row.offset;
+    uint32_t size = row.size;
     if (isKeptNear(row)) {
-      row.size = row.textSize();
-      near += row.size;
-      std::memcpy(bytes - near, card.data() + row.offset, row.size);
-      row.offset = 0U - near;
+      size = row.textSize();
+      near += size;
+      std::memcpy(bytes - near, card.data() + offset, size);
+      offset = 0U - near;
     } else if (!row.isInCard()) {
-      row.offset += rowsSize;
+      offset += rowsSize;
     }
-    std::memcpy(bytes + at * sizeof(KRCardRow), &row, sizeof row);
+    new (bytes + at * sizeof(KRCardRow)) KRCardRow{row.what, row.detail, row.label, offset, size};
   };
-  for (size_t i = 0; i < entries_.size(); ++i) {
-    uint32_t& next = counts_[entries_[i].what];
-    const uint32_t at = std::exchange(next, next + places_[i]);
-    write(entries_[i], at);
-    places_[i] = at + 1;
+  for (Property& entry : entries_) {
+    uint32_t& next = counts_[entry.row.what];
+    const uint32_t at = std::exchange(next, next + entry.places);
+    write(entry.row, at);
+    entry.places = at + 1;
   }
-  for (const Detail& detail : details_) write(detail.row, places_[detail.entry]++);
+  for (const Detail& detail : details_) write(detail.row, entries_[detail.entry].places++);
   if (decodedSize != 0) std::memcpy(bytes + rowsSize, decoded_.data(), decodedSize);
   KRCardRecord::write(kept(card, cards), bytes);
   return {room.slab, offset, rowCount, cardSize, present_};

@@ -16,9 +16,7 @@ class KRCardSlabs {
   KRCardSlabs() = default;
   KRCardSlabs(const KRCardSlabs&) = delete;
   KRCardSlabs& operator=(const KRCardSlabs&) = delete;
-  ~KRCardSlabs() {
-    if (current_ != nullptr) current_->release();
-  }
+  ~KRCardSlabs() { letGo(); }
 
   struct Room {
     /// With a reference for the caller.
@@ -28,8 +26,15 @@ class KRCardSlabs {
   Room take(uint32_t size);
 
  private:
+  /// Gives back the references that nobody got.
+  void letGo() noexcept {
+    if (current_ != nullptr) current_->release(references_);
+  }
+
   KRSlab* current_ = nullptr;
   uint32_t used_ = 0;
+  /// Taken at once for all the records that find room, as taking one each time would be the dearest of handing it out.
+  uint32_t references_ = 0;
 };
 
 /// Collects the rows of one record while its card is read. Used again for the next card, so that nothing is allocated
@@ -68,9 +73,10 @@ class KRCardDraft {
   Entry add(uint8_t what, const Place& place) {
     present_ |= 1U << what;
     ++counts_[what];
-    places_.push_back(1);
-    entries_.push_back({what, 0, 0, place.offset, sizeOf(place)});
-    if (isKeptNear(entries_.back())) nearSize_ += place.size;
+    Property& added = entries_.emplace_back();
+    added.places = 1;
+    write(added.row, what, place);
+    if (isKeptNear(added.row)) nearSize_ += place.size;
     return static_cast<Entry>(entries_.size() - 1);
   }
   Entry add(KROrdinal what, const Place& place) { return add(static_cast<uint8_t>(what), place); }
@@ -78,8 +84,8 @@ class KRCardDraft {
   /// Adds a detail to an entry, at any time.
   void addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16_t label, const Place& place);
   size_t entryCount() const noexcept { return entries_.size(); }
-  uint8_t what(Entry entry) const noexcept { return entries_[entry].what; }
-  KRCardRow& row(Entry entry) { return entries_[entry]; }
+  uint8_t what(Entry entry) const noexcept { return entries_[entry].row.what; }
+  KRCardRow& row(Entry entry) { return entries_[entry].row; }
 
   bool has(uint8_t what) const noexcept { return (present_ >> what & 1U) != 0; }
   bool has(KROrdinal what) const noexcept { return has(static_cast<uint8_t>(what)); }
@@ -90,6 +96,11 @@ class KRCardDraft {
   KRCardRecord finish(std::string_view card, KRCardSlabs& slabs, KRCardSlabs& cards);
 
  private:
+  struct Property {
+    KRCardRow row;
+    /// How many rows it takes with its details; once it stands in the record, the place of its next detail.
+    uint32_t places;
+  };
   struct Detail {
     Entry entry;
     KRCardRow row;
@@ -101,6 +112,12 @@ class KRCardDraft {
 
   static constexpr uint32_t sizeOf(const Place& place) noexcept {
     return place.size | (place.isDecoded ? 0U : KRCardRow::kInCard);
+  }
+  /// Where it stands: a row made elsewhere and copied would wait until its bytes are written.
+  static void write(KRCardRow& row, uint8_t what, const Place& place) noexcept {
+    row.what = what;
+    row.offset = place.offset;
+    row.size = sizeOf(place);
   }
   static constexpr bool isKeptNear(const KRCardRow& row) noexcept {
     constexpr uint32_t kNear =
@@ -120,9 +137,8 @@ class KRCardDraft {
   /// Bytes of the texts of the card that are copied to the rows.
   uint32_t nearSize_ = 0;
   std::string decoded_;
-  std::vector<KRCardRow> entries_;
+  std::vector<Property> entries_;
   std::vector<Detail> details_;
-  /// How many rows there are of each number, details included, and how many an entry takes with its own.
+  /// How many rows there are of each number, details included.
   std::array<uint32_t, 32> counts_{};
-  std::vector<uint32_t> places_;
 };
