@@ -1,6 +1,7 @@
 #include "contacts/vcard/KRVCardHeads.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "contacts/vcard/KRVCardText.h"
@@ -27,56 +28,74 @@ KRVCardHead readHead(std::string_view text) {
   return head;
 }
 
-/// By whole words, of which the last may begin in the one before it.
-uint64_t hashOf(std::string_view head) noexcept {
-  constexpr uint64_t kOdd = 0x9e3779b97f4a7c15U;
-  const size_t size = head.size();
-  uint64_t hash = size;
-  if (size < 8) {
-    hash = (hash ^ krLoadPart(head.data(), size)) * kOdd;
-  } else {
-    for (size_t at = 0; at + 8 < size; at += 8) hash = (hash ^ krLoadWord(head.data() + at)) * kOdd;
-    hash = (hash ^ krLoadWord(head.data() + size - 8)) * kOdd;
-  }
-  return hash;
-}
+/// Enough bits set for each count of bytes up to a window's: where they begin, all of so many bytes' are set from there
+/// on, and behind them none.
+constexpr size_t kWindow = sizeof(std::array<uint64_t, 5>);
+constexpr std::array<char, 2 * kWindow> kMasks = [] {
+  std::array<char, 2 * kWindow> masks{};
+  std::fill_n(masks.begin(), kWindow, static_cast<char>(0xFF));
+  return masks;
+}();
 
 }  // namespace
 
-bool KRVCardHeads::isSame(const Known* known, std::string_view head) noexcept {
-  const size_t size = head.size();
-  if (known == nullptr || known->size != size) return false;
-  const char* const one = known->text.data();
-  const char* const other = head.data();
-  if (size < 8) return krLoadPart(one, size) == krLoadPart(other, size);
-  for (size_t at = 0; at + 8 < size; at += 8) {
-    if (krLoadWord(one + at) != krLoadWord(other + at)) return false;
-  }
-  return krLoadWord(one + size - 8) == krLoadWord(other + size - 8);
+/// Always the same steps, whatever the size: it changes from line to line, and nothing could guess it.
+inline KRVCardHeads::Words KRVCardHeads::wordsOf(std::string_view head, const char* end) noexcept {
+  static_assert(sizeof(Words) == kWindow);
+  const size_t size = std::min(head.size(), kWindow);
+  if (static_cast<size_t>(end - head.data()) < kWindow) return copiedWordsOf(head.substr(0, size));
+  const char* const from = head.data();
+  const char* const mask = kMasks.data() + (kWindow - size);
+  const auto word = [&](size_t i) { return krLoadWord(from + 8 * i) & krLoadWord(mask + 8 * i); };
+  return {word(0), word(1), word(2), word(3), word(4)};
 }
 
-const KRVCardHead& KRVCardHeads::find(std::string_view head) {
-  const size_t size = head.size();
-  if (size > kLongest) return other_ = readHead(head);
-  // In its highest bits every byte counts.
+KRVCardHeads::Words KRVCardHeads::copiedWordsOf(std::string_view start) noexcept {
+  Words words{};
+  std::memcpy(words.data(), start.data(), start.size());
+  return words;
+}
+
+inline std::string_view KRVCardHeads::restOf(std::string_view head) noexcept {
+  return head.substr(std::min(head.size(), kWindow));
+}
+
+inline bool KRVCardHeads::isSame(const Known* known, const Words& words, std::string_view head) noexcept {
+  if (known == nullptr || known->size != head.size()) return false;
+  const auto difference = [&](size_t i) { return known->words[i] ^ words[i]; };
+  if ((difference(0) | difference(1) | difference(2) | difference(3) | difference(4)) != 0) return false;
+  return head.size() <= kWindow || known->rest == restOf(head);
+}
+
+const KRVCardHead& KRVCardHeads::find(std::string_view head, const char* end) {
+  // Odd numbers, so that in the highest bits of the sum every byte counts.
+  constexpr Words kFactors = {0x9e3779b97f4a7c15U, 0xbf58476d1ce4e5b9U, 0x94d049bb133111ebU, 0xd6e8feb86659fd93U,
+                              0xa0761d6478bd642fU};
   constexpr unsigned kSlotBits = 9;
   static_assert(kSlots == size_t{1} << kSlotBits);
-  const size_t slot = hashOf(head) >> (64U - kSlotBits);
+  const Words words = wordsOf(head, end);
+  const auto product = [&](size_t i) { return words[i] * kFactors[i]; };
+  const uint64_t sum =
+      product(0) + product(1) + product(2) + product(3) + product(4) + head.size() * 0xe7037ed1a0b428dbU;
+  const size_t slot = sum >> (64U - kSlotBits);
   const Known* const first = slots_[slot].get();
-  if (isSame(first, head)) return first->head;
+  if (isSame(first, words, head)) return first->head;
   const Known* const second = slots_[slot ^ 1U].get();
-  if (isSame(second, head)) return second->head;
-  return keep(head, slot);
+  if (isSame(second, words, head)) return second->head;
+  return keep(head, words, slot);
 }
 
-const KRVCardHead& KRVCardHeads::keep(std::string_view head, size_t slot) {
+const KRVCardHead& KRVCardHeads::keep(std::string_view head, const Words& words, size_t slot) {
+  if (head.size() > kLongest) return other_ = readHead(head);
   std::unique_ptr<Known>& first = slots_[slot];
   // The one that came before makes room and stays beside it; of three the oldest goes.
   KRVCardHead made = readHead(head);
+  std::string rest(restOf(head));
   if (first != nullptr) std::swap(first, slots_[slot ^ 1U]);
   if (first == nullptr) first = std::make_unique<Known>();
-  std::copy(head.begin(), head.end(), first->text.begin());
+  first->words = words;
   first->size = head.size();
+  first->rest = std::move(rest);
   first->head = std::move(made);
   return first->head;
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "contacts/vcard/KRVCardParameters.h"
@@ -33,21 +34,30 @@ struct KRVCardHead {
 /// before nearly all its values. Holds some hundred heads at most, none of them long, whatever a file has. Not locked.
 class KRVCardHeads {
  public:
-  /// What the head says; valid until the next call.
-  const KRVCardHead& find(std::string_view head);
+  /// What the head says; valid until the next call. Up to `end` the bytes behind the head may be looked at, too: where
+  /// there are some, looking is faster.
+  const KRVCardHead& find(std::string_view head, const char* end);
 
  private:
   static constexpr size_t kSlots = 512;
   static constexpr size_t kLongest = 128;
+  /// The first bytes of a head, with zeros behind it: those of nearly all are its whole text.
+  using Words = std::array<uint64_t, 5>;
 
   struct Known {
-    std::array<char, kLongest> text;
+    Words words{};
     size_t size = 0;
+    /// What of a longer one stands behind its words.
+    std::string rest;
     KRVCardHead head;
   };
 
-  static bool isSame(const Known* known, std::string_view head) noexcept;
-  const KRVCardHead& keep(std::string_view head, size_t slot);
+  static Words wordsOf(std::string_view head, const char* end) noexcept;
+  [[gnu::noinline]] static Words copiedWordsOf(std::string_view start) noexcept;
+  static std::string_view restOf(std::string_view head) noexcept;
+  static bool isSame(const Known* known, const Words& words, std::string_view head) noexcept;
+  /// Reads a new head; rare, and apart so that the others do not save the registers that it takes.
+  [[gnu::noinline]] const KRVCardHead& keep(std::string_view head, const Words& words, size_t slot);
 
   /// Each head stands in its slot or in the one beside it.
   std::array<std::unique_ptr<Known>, kSlots> slots_;

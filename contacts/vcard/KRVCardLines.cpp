@@ -50,7 +50,8 @@ constexpr size_t kLongestPropertyStart = 64;
 }  // namespace
 
 bool KRVCardLine::isOfCard() const noexcept {
-  return krEqualsIgnoringCase(krTrimmedBlanks(value), "VCARD");
+  constexpr std::string_view kCard = "VCARD";
+  return value == kCard || krEqualsIgnoringCase(krTrimmedBlanks(value), kCard);
 }
 
 void KRVCardLines::start(std::string_view text, bool isWhole, size_t firstNumber) {
@@ -122,23 +123,28 @@ KRVCardLines::Piece KRVCardLines::pieceWithReturns(const char* begin, KRVCardSca
   }
 }
 
-inline void KRVCardLines::readHead(std::string_view text, const char* colon, KRVCardLine& line) {
+/// Tells a line's head apart; bytes up to `end`, behind the line, may be looked at.
+inline void KRVCardLines::readHead(std::string_view text, const char* colon, const char* end, KRVCardLine& line) {
   const char* const begin = text.data();
   line.flags = flags_;
   if (colon != nullptr && (flags_ & KRVCardScan::Quote) != 0) {
     colon = begin + findColon(text, text.find_first_of(":;"));
   }
-  const KRVCardHead& head = heads_.find(colon == nullptr ? std::string_view() : between(begin, colon));
+  const KRVCardHead& head = heads_.find(between(begin, colon == nullptr ? begin : colon), end);
   line.head = &head;
   line.headText = begin;
   line.property = head.property;
   line.parameters = &head.parameters;
-  line.value = between(colon == nullptr ? begin : colon + 1, begin + text.size());
+  // Both from the registers: copied from the one just written to the other, they would wait for that write to end.
+  const std::string_view value = between(colon == nullptr ? begin : colon + 1, begin + text.size());
+  line.value = value;
+  line.raw = value;
 }
 
 void KRVCardLines::readJoinedHead(KRVCardLine& line) {
   const size_t colon = joined_.find(':');
-  readHead(joined_, colon == std::string::npos ? nullptr : joined_.data() + colon, line);
+  readHead(joined_, colon == std::string::npos ? nullptr : joined_.data() + colon, joined_.data() + joined_.size(),
+           line);
 }
 
 /// Takes what nearly every line is: one that ends in a line feed, with a carriage return before it or without, and does
@@ -150,10 +156,9 @@ inline bool KRVCardLines::takePlain(const KRVCardScan& scan, KRVCardLine& line) 
   const char* const behind = feed + 1;
   if (*feed != '\n' || *behind == ' ' || *behind == '\t') return false;
   flags_ = scan.flags;
-  readHead(between(begin, scan.end), scan.colon, line);
+  readHead(between(begin, scan.end), scan.colon, end_, line);
   if (line.parameters->encoding != KRVCardParameters::None) return false;
   line.bytes = between(begin, behind);
-  line.raw = line.value;
   line.number = number_++;
   endedWithReturn_ = false;
   position_ = behind;
@@ -175,7 +180,7 @@ KRVCardLines::Result KRVCardLines::next(KRVCardLine& line) {
     pieces_ = 1;
     flags_ = piece.flags;
     const std::string_view text = between(piece.begin, piece.end);
-    readHead(text, piece.colon, line);
+    readHead(text, piece.colon, end_, line);
     if (line.parameters->encoding != KRVCardParameters::None) {
       if (line.parameters->encoding == KRVCardParameters::Base64) return takeBase64(piece, line);
       if (endsWithSoftBreak(text) || isFold(piece.next)) return takeSoftBroken(piece, line);
@@ -252,7 +257,6 @@ KRVCardLines::Result KRVCardLines::takeBase64(Piece first, KRVCardLine& line) {
 
 KRVCardLines::Result KRVCardLines::finish(const Piece& first, const Piece& last, KRVCardLine& line) {
   line.bytes = between(first.begin, last.next);
-  line.raw = line.value;
   line.number = number_;
   endedWithReturn_ = last.endedWithReturn;
   position_ = last.next;

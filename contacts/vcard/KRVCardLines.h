@@ -88,7 +88,7 @@ class KRVCardLines {
   /// Whether the text after a line end is not there yet.
   bool isOpen(const char* next) const noexcept { return next == end_ && !isWhole_; }
   bool takePlain(const KRVCardScan& scan, KRVCardLine& line);
-  void readHead(std::string_view text, const char* colon, KRVCardLine& line);
+  void readHead(std::string_view text, const char* colon, const char* end, KRVCardLine& line);
   void readJoinedHead(KRVCardLine& line);
   Result takeFolded(Piece first, KRVCardLine& line);
   Result takeSoftBroken(Piece first, KRVCardLine& line);

@@ -24,10 +24,6 @@ bool KRVCardValueReader::is21() {
   return version_ == Version::V21;
 }
 
-bool KRVCardValueReader::isASCII() const noexcept {
-  return (line_->flags & (KRVCardScan::High | KRVCardScan::Escape)) == 0;
-}
-
 KREscapes KRVCardValueReader::escapes(Shape shape) {
   if (!is21()) return KREscapes::Full;
   return shape == Shape::Text ? KREscapes::Text21 : KREscapes::Structured21;
@@ -41,7 +37,7 @@ KRCardDraft::Place KRVCardValueReader::undoEscapes(std::string_view text, Shape 
   return draft_.place(krUndoEscapes(text, escapes(shape)));
 }
 
-KRCardDraft::Place KRVCardValueReader::decode(std::string_view raw, Shape shape) {
+KRCardDraft::Place KRVCardValueReader::decodeWritten(std::string_view raw, Shape shape) {
   const KRVCardParameters& parameters = *line_->parameters;
   std::string bytes;
   if (parameters.encoding == KRVCardParameters::QuotedPrintable) {
@@ -55,9 +51,25 @@ KRCardDraft::Place KRVCardValueReader::decode(std::string_view raw, Shape shape)
   return undoEscapes(charset_.decode(raw, parameters.charset, document), shape);
 }
 
+/// The parts are what stands between the separators.
+void KRVCardValueReader::splitPlain(std::string_view value, char separator) {
+  const Place whole = draft_.place(value);
+  size_t begin = 0;
+  krForEachByte(value, separator, [&](const char* at) {
+    const auto end = static_cast<size_t>(at - value.data());
+    parts_.push_back(whole.part(begin, end - begin));
+    begin = end + 1;
+  });
+  parts_.push_back(whole.part(begin, value.size() - begin));
+}
+
 const std::vector<KRCardDraft::Place>& KRVCardValueReader::split(char separator) {
   parts_.clear();
   std::string_view value = line_->value;
+  if (isPlain()) {
+    splitPlain(value, separator);
+    return parts_;
+  }
   const KRVCardParameters& parameters = *line_->parameters;
   // In some character sets a backslash or a semicolon may be half of a letter: such text is decoded before it is split.
   // Quoted-printable is split first, as its encoded bytes are no separators.
@@ -74,15 +86,7 @@ const std::vector<KRCardDraft::Place>& KRVCardValueReader::split(char separator)
   }
   const bool hasEscapes = value.data() != line_->value.data() || (line_->flags & KRVCardScan::Backslash) != 0;
   if (isWhole && !hasEscapes) {
-    // The parts are what stands between the separators.
-    const Place whole = draft_.place(value);
-    size_t begin = 0;
-    krForEachByte(value, separator, [&](const char* at) {
-      const auto end = static_cast<size_t>(at - value.data());
-      parts_.push_back(whole.part(begin, end - begin));
-      begin = end + 1;
-    });
-    parts_.push_back(whole.part(begin, value.size() - begin));
+    splitPlain(value, separator);
     return parts_;
   }
   for (size_t at = 0; at <= value.size();) {

@@ -26,7 +26,9 @@ class KRVCardValueReader {
   void setLine(const KRVCardLine& line) noexcept { line_ = &line; }
 
   /// The text of the line's value, or of a part of it that is written the same way.
-  Place decode(std::string_view raw, Shape shape = Shape::Text);
+  Place decode(std::string_view raw, Shape shape = Shape::Text) {
+    return isPlain() ? draft_.place(raw) : decodeWritten(raw, shape);
+  }
   /// The parts of the line's value between separators, each decoded; valid until the next call.
   const std::vector<Place>& split(char separator);
 
@@ -37,7 +39,14 @@ class KRVCardValueReader {
  private:
   bool is21();
   /// Whether the line has nothing but ASCII, and no escape sequences.
-  bool isASCII() const noexcept;
+  bool isASCII() const noexcept { return (line_->flags & (KRVCardScan::High | KRVCardScan::Escape)) == 0; }
+  /// Whether values stand in the line just as they are, as most do.
+  bool isPlain() const noexcept {
+    return isASCII() && (line_->flags & KRVCardScan::Backslash) == 0 &&
+           line_->parameters->encoding != KRVCardParameters::QuotedPrintable;
+  }
+  Place decodeWritten(std::string_view raw, Shape shape);
+  void splitPlain(std::string_view value, char separator);
   KREscapes escapes(Shape shape);
   Place undoEscapes(std::string_view text, Shape shape);
 

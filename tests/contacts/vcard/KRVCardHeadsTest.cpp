@@ -3,11 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "contacts/model/KRLabelTable.h"
 
 namespace {
+
+/// Looks for a head that is the whole text.
+const KRVCardHead& find(KRVCardHeads& heads, std::string_view text) {
+  return heads.find(text, text.data() + text.size());
+}
 
 std::string group(const KRVCardHead& head, const std::string& text) {
   return std::string(head.group.of(text.data()));
@@ -44,7 +50,7 @@ TEST(KRVCardHeads, TellGroupNameAndParametersApart) {
   for (int round = 0; round < 2; ++round) {
     for (const auto& row : kRows) {
       const std::string text = row.text;
-      const KRVCardHead& head = heads.find(text);
+      const KRVCardHead& head = find(heads, text);
       EXPECT_EQ(group(head, text), row.group) << text;
       EXPECT_EQ(name(head, text), row.name) << text;
       EXPECT_EQ(parameters(head, text), row.parameters) << text;
@@ -59,9 +65,9 @@ TEST(KRVCardHeads, AreNotMistakenForOthersHoweverManyThereAre) {
   for (int round = 0; round < 3; ++round) {
     for (int i = 0; i < 3000; ++i) {
       const std::string text = "TEL;TYPE=t" + std::to_string(i);
-      ASSERT_EQ(KRLabelTable::name(heads.find(text).parameters.label), KRText(std::string_view(text).substr(9)));
+      ASSERT_EQ(KRLabelTable::name(find(heads, text).parameters.label), KRText(std::string_view(text).substr(9)));
       // One that is in use stays.
-      ASSERT_EQ(name(heads.find("EMAIL"), "EMAIL"), "EMAIL");
+      ASSERT_EQ(name(find(heads, "EMAIL"), "EMAIL"), "EMAIL");
     }
   }
 }
@@ -71,7 +77,7 @@ TEST(KRVCardHeads, OfAFileAreNearlyAllRememberedAtOnce) {
   KRVCardHeads heads;
   // A head that is read again gets its text elsewhere.
   const auto placeOf = [&](int i) {
-    return heads.find("item" + std::to_string(i) + ".TEL;TYPE=a-type-of-some-length").parameters.types.data();
+    return find(heads, "item" + std::to_string(i) + ".TEL;TYPE=a-type-of-some-length").parameters.types.data();
   };
   std::vector<const char*> places;
   for (int i = 0; i < kHeads; ++i) places.push_back(placeOf(i));
@@ -85,21 +91,39 @@ TEST(KRVCardHeads, AreToldApartByEachByte) {
   KRVCardHeads heads;
   for (size_t size = 1; size < 200; ++size) {
     std::string text = "TEL;X=" + std::string(size, 'a');
-    ASSERT_EQ(parameters(heads.find(text), text).size(), size + 3);
+    ASSERT_EQ(parameters(find(heads, text), text).size(), size + 3);
     // The same but for the last byte, and a head that ends there.
     text.back() = ';';
-    ASSERT_EQ(parameters(heads.find(text), text).back(), ';');
+    ASSERT_EQ(parameters(find(heads, text), text).back(), ';');
     text = std::string(size, 'b');
-    ASSERT_EQ(name(heads.find(text), text), text);
+    ASSERT_EQ(name(find(heads, text), text), text);
     text.back() = '.';
-    ASSERT_EQ(name(heads.find(text), text), "");
+    ASSERT_EQ(name(find(heads, text), text), "");
+  }
+}
+
+TEST(KRVCardHeads, AreTheSameWhateverStandsBehindThem) {
+  KRVCardHeads heads;
+  for (size_t size = 0; size < 120; ++size) {
+    const std::string head = "TEL" + std::string(size, 'x');
+    const std::string text = head + ":+1 555 0100" + std::string(60, '\xFF');
+    const KRVCardHead* const found =
+        &heads.find(std::string_view(text).substr(0, head.size()), text.data() + text.size());
+    ASSERT_EQ(name(*found, text), head);
+    // Each in memory of its own size, so that a look beyond the end would be seen.
+    for (size_t behind = 0; behind < 48; ++behind) {
+      std::vector<char> bytes(head.begin(), head.end());
+      bytes.resize(head.size() + behind, 'x');
+      bytes.shrink_to_fit();
+      ASSERT_EQ(&heads.find({bytes.data(), head.size()}, bytes.data() + bytes.size()), found) << size << ' ' << behind;
+    }
   }
 }
 
 TEST(KRVCardHeads, WithZerosInThemAreNotShorterOnes) {
   KRVCardHeads heads;
   const std::string text("TEL\0", 4);
-  EXPECT_EQ(heads.find("TEL").property->meaning, KRVCardMeaning::Phone);
-  EXPECT_EQ(heads.find(text).property->meaning, KRVCardMeaning::Unknown);
-  EXPECT_EQ(heads.find("TEL").property->meaning, KRVCardMeaning::Phone);
+  EXPECT_EQ(find(heads, "TEL").property->meaning, KRVCardMeaning::Phone);
+  EXPECT_EQ(find(heads, text).property->meaning, KRVCardMeaning::Unknown);
+  EXPECT_EQ(find(heads, "TEL").property->meaning, KRVCardMeaning::Phone);
 }
