@@ -2,6 +2,7 @@
 
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -14,33 +15,34 @@ namespace {
 
 /// From here on whole pages are taken from the system.
 constexpr size_t kWhole = size_t{4} << 20U;
-/// What is larger is not kept.
-constexpr size_t kMostKept = size_t{64} << 20U;
+/// A stretch that is kept. Smaller ones are made as large, so that a larger table that comes next can use one, too.
+constexpr size_t kStretch = size_t{64} << 20U;
 
-/// The pages that nobody has.
+/// The stretch that nobody has.
 class Spare {
  public:
-  struct Pages {
+  struct Stretch {
     void* data = nullptr;
-    size_t size = 0;
+    /// What lies behind so many bytes was never touched.
+    size_t used = 0;
   };
 
-  /// No pages where there are too few.
-  Pages take(size_t size) noexcept {
+  /// Nothing where there is none.
+  Stretch take() noexcept {
     const std::lock_guard lock(lock_);
-    return kept_.size < size ? Pages() : std::exchange(kept_, Pages());
+    return std::exchange(kept_, Stretch());
   }
 
-  /// Keeps the larger of these and those that are kept; the others, to be given back.
-  Pages keep(Pages pages) noexcept {
+  /// Keeps the one of both of which more was used, and answers the other one.
+  Stretch keep(Stretch stretch) noexcept {
     const std::lock_guard lock(lock_);
-    if (pages.size > kept_.size && pages.size <= kMostKept) std::swap(pages, kept_);
-    return pages;
+    if (stretch.used > kept_.used) std::swap(stretch, kept_);
+    return stretch;
   }
 
  private:
   KRSpinLock lock_;
-  Pages kept_;
+  Stretch kept_;
 };
 
 // Never destroyed: tables may live as long as the process.
@@ -49,29 +51,18 @@ Spare& spare() {
   return spare;
 }
 
-void giveBack(const Spare::Pages& pages) noexcept {
-  if (pages.size != 0) munmap(pages.data, pages.size);
+void giveBack(const Spare::Stretch& stretch) noexcept {
+  if (stretch.data != nullptr) munmap(stretch.data, kStretch);
 }
 
-/// What lies behind the large pages of so many bytes goes back to the system.
-Spare::Pages withoutRest(const Spare::Pages& pages, size_t size) noexcept {
-  constexpr size_t kLargePage = size_t{2} << 20U;
-  const size_t needed = (size + kLargePage - 1) / kLargePage * kLargePage;
-  if (needed >= pages.size || munmap(static_cast<char*>(pages.data) + needed, pages.size - needed) != 0) return pages;
-  return {pages.data, needed};
-}
-
-Spare::Pages pagesOfZeros(size_t size) noexcept {
-  if (const Spare::Pages used = spare().take(size); used.size != 0) {
-    std::memset(used.data, 0, size);
-    return withoutRest(used, size);
-  }
+/// Pages of zeros, or null.
+void* newPages(size_t size) noexcept {
   void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (memory == MAP_FAILED) return {};
+  if (memory == MAP_FAILED) return nullptr;
 #ifdef MADV_HUGEPAGE
   madvise(memory, size, MADV_HUGEPAGE);  // A wish only.
 #endif
-  return {memory, size};
+  return memory;
 }
 
 }  // namespace
@@ -80,22 +71,29 @@ KRZeroMemory::KRZeroMemory(size_t size) : size_(size) {
   if (size == 0) return;
   if (size < kWhole) {
     data_ = std::calloc(size, 1);
+  } else if (size > kStretch) {
+    data_ = newPages(size);
+  } else if (const Spare::Stretch stretch = spare().take(); stretch.data != nullptr) {
+    data_ = stretch.data;
+    used_ = std::max(stretch.used, size);
+    std::memset(data_, 0, std::min(stretch.used, size));
   } else {
-    const Spare::Pages pages = pagesOfZeros(size);
-    data_ = pages.data;
-    mapped_ = pages.size;
+    data_ = newPages(kStretch);
+    used_ = size;
   }
   if (data_ == nullptr) throw std::bad_alloc();
 }
 
 KRZeroMemory::~KRZeroMemory() {
-  if (mapped_ == 0) {
-    std::free(data_);
+  if (used_ != 0) {
+    giveBack(spare().keep({data_, used_}));
+  } else if (size_ > kStretch) {
+    munmap(data_, size_);
   } else {
-    giveBack(spare().keep({data_, mapped_}));
+    std::free(data_);
   }
 }
 
 void KRZeroMemory::giveBackSpare() noexcept {
-  giveBack(spare().take(0));
+  giveBack(spare().take());
 }

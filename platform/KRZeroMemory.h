@@ -7,8 +7,9 @@
 ///
 /// Pages that nobody touches cost nothing, so a table may be made as large as it could ever become. From a few
 /// megabytes up the system may use large pages: looks at random places then hardly ever wait for the page's address.
-/// Such pages cost much to get, so of the memory that was let go one stretch, of at most 64 MiB, stays for who comes
-/// next. Different objects may be used by different threads.
+/// Such pages cost much to get, so of the memory that was let go one stretch stays for who comes next, also where that
+/// is larger: up to 64 MiB, all of this memory is such a stretch of 64 MiB, of which no more is touched than was asked
+/// for. Different objects may be used by different threads.
 class KRZeroMemory {
  public:
   /// No memory.
@@ -35,11 +36,11 @@ class KRZeroMemory {
   void swap(KRZeroMemory& other) noexcept {
     std::swap(data_, other.data_);
     std::swap(size_, other.size_);
-    std::swap(mapped_, other.mapped_);
+    std::swap(used_, other.used_);
   }
 
   void* data_ = nullptr;
   size_t size_ = 0;
-  /// Bytes of the pages that were taken from the system; 0 for memory of `malloc`.
-  size_t mapped_ = 0;
+  /// Of a stretch: how many of its bytes this object or one before it may have touched; 0 for other memory.
+  size_t used_ = 0;
 };

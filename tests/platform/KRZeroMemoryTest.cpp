@@ -48,6 +48,24 @@ TEST(KRZeroMemory, ComesBackAsZerosWhereALargerOneWas) {
   EXPECT_TRUE(isZero(KRZeroMemory(kLarge)));
 }
 
+TEST(KRZeroMemory, ServesALargerOneWithTheMemoryOfASmallerOne) {
+  constexpr size_t kSmall = size_t{5} << 20U;
+  constexpr size_t kLargest = size_t{64} << 20U;
+  KRZeroMemory::giveBackSpare();
+  const void* place = nullptr;
+  {
+    const KRZeroMemory small(kSmall);
+    place = small.data();
+    std::fill_n(static_cast<unsigned char*>(small.data()), kSmall, static_cast<unsigned char>(0xFF));
+  }
+  const KRZeroMemory large(kLargest);
+  EXPECT_EQ(large.data(), place);
+  EXPECT_TRUE(isZero(large));
+  // What is larger than all that is kept is neither taken from it nor kept.
+  EXPECT_TRUE(isZero(KRZeroMemory(kLargest + 1)));
+  EXPECT_TRUE(isZero(KRZeroMemory(kSmall)));
+}
+
 TEST(KRZeroMemory, HasNoneWithoutASize) {
   EXPECT_EQ(KRZeroMemory().data(), nullptr);
   EXPECT_EQ(KRZeroMemory(0).data(), nullptr);
