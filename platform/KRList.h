@@ -115,7 +115,7 @@ class KRList : public KRListCore {
 
   void append(T* object) { appendObject(object); }
   void append(const KRRef<T>& object) { appendObject(object.get()); }
-  /// Takes the reference over.
+  /// Takes the reference over, also when it throws for want of memory.
   void append(KRRef<T>&& object) { appendOwned(std::move(object)); }
   /// Inserts before `index`; at the end when `index` is greater than the count. Linear.
   void insert(T* object, size_t index) { insertObject(object, index); }

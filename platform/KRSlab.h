@@ -23,6 +23,7 @@ class KRSlab {
   void retain() noexcept { count_.fetch_add(1, std::memory_order_relaxed); }
   /// Adds many references at once, for a reader that hands out one a contact.
   void retain(uint32_t times) noexcept { count_.fetch_add(times, std::memory_order_relaxed); }
+  /// Drops so many, at least one.
   void release(uint32_t times = 1) noexcept {
     if (count_.fetch_sub(times, std::memory_order_acq_rel) == times) destroy();
   }

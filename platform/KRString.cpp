@@ -1,6 +1,8 @@
 #include "platform/KRString.h"
 
 #include <algorithm>
+#include <limits>
+#include <new>
 
 #include "platform/KRBytes.h"
 
@@ -111,6 +113,7 @@ KRString KRString::joined(std::span<const KRText> pieces) {
   size_t size = 0;
   for (const KRText piece : pieces) size += piece.size();
   if (size == 0) return literal("", 0);
+  if (size > std::numeric_limits<uint32_t>::max()) throw std::bad_alloc();
   KRString string;
   string.slab_ = KRSlab::create(static_cast<uint32_t>(size));
   string.offset_ = 0;

@@ -55,7 +55,8 @@ class KRString {
   /// Copies bytes known to be well-formed UTF-8, without looking at them.
   static KRString trusted(std::string_view text);
 
-  /// The pieces joined into one new text; a nothing among them adds nothing.
+  /// The pieces joined into one new text, "" for none; a nothing among them adds nothing. Throws `std::bad_alloc` where
+  /// there is no memory, and for a text of 4 GiB or more.
   static KRString joined(std::span<const KRText> pieces);
 
   constexpr bool isNothing() const noexcept { return offset_ == kLiteral && literal_ == nullptr; }

@@ -55,6 +55,15 @@ void giveBack(const Spare::Stretch& stretch) noexcept {
   if (stretch.data != nullptr) munmap(stretch.data, kStretch);
 }
 
+/// Takes back the pages of a stretch behind what a table needs: tables live long, and may be the last that comes.
+Spare::Stretch withoutRest(const Spare::Stretch& stretch, size_t size) noexcept {
+  constexpr size_t kLargePage = size_t{2} << 20U;
+  const size_t needed = (size + kLargePage - 1) / kLargePage * kLargePage;
+  if (needed >= stretch.used) return stretch;
+  if (madvise(static_cast<char*>(stretch.data) + needed, stretch.used - needed, MADV_DONTNEED) != 0) return stretch;
+  return {stretch.data, needed};
+}
+
 /// Pages of zeros, or null.
 void* newPages(size_t size) noexcept {
   void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -73,7 +82,8 @@ KRZeroMemory::KRZeroMemory(size_t size) : size_(size) {
     data_ = std::calloc(size, 1);
   } else if (size > kStretch) {
     data_ = newPages(size);
-  } else if (const Spare::Stretch stretch = spare().take(); stretch.data != nullptr) {
+  } else if (const Spare::Stretch kept = spare().take(); kept.data != nullptr) {
+    const Spare::Stretch stretch = withoutRest(kept, size);
     data_ = stretch.data;
     used_ = std::max(stretch.used, size);
     std::memset(data_, 0, std::min(stretch.used, size));

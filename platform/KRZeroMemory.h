@@ -8,8 +8,8 @@
 /// Pages that nobody touches cost nothing, so a table may be made as large as it could ever become. From a few
 /// megabytes up the system may use large pages: looks at random places then hardly ever wait for the page's address.
 /// Such pages cost much to get, so of the memory that was let go one stretch stays for who comes next, also where that
-/// is larger: up to 64 MiB, all of this memory is such a stretch of 64 MiB, of which no more is touched than was asked
-/// for. Different objects may be used by different threads.
+/// is larger: memory of 4 to 64 MiB is the beginning of 64 MiB of addresses, of which little more is touched than was
+/// asked for. Different objects may be used by different threads.
 class KRZeroMemory {
  public:
   /// No memory.

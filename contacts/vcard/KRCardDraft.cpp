@@ -58,7 +58,7 @@ void KRCardDraft::addDetail(Entry entry, KRCardPart what, uint8_t detail, uint16
   ++entries_[entry].places;
   Detail& added = details_.emplace_back();
   added.entry = entry;
-  write(added.row, static_cast<uint8_t>(what), place);
+  fill(added.row, static_cast<uint8_t>(what), place);
   added.row.detail = detail;
   added.row.label = label;
 }
@@ -84,17 +84,17 @@ KRCardRecord KRCardDraft::finish(std::string_view card, KRCardSlabs& slabs, KRCa
   // The first of them, mostly the name, stand next to the rows.
   uint32_t near = KRCardRecord::kHeadSize;
   const auto write = [&](const KRCardRow& row, uint32_t at) {
-    uint32_t offset = row.offset;
+    uint32_t text = row.offset;
     uint32_t size = row.size;
     if (isKeptNear(row)) {
       size = row.textSize();
       near += size;
-      std::memcpy(bytes - near, card.data() + offset, size);
-      offset = 0U - near;
+      std::memcpy(bytes - near, card.data() + text, size);
+      text = 0U - near;
     } else if (!row.isInCard()) {
-      offset += rowsSize;
+      text += rowsSize;
     }
-    new (bytes + at * sizeof(KRCardRow)) KRCardRow{row.what, row.detail, row.label, offset, size};
+    new (bytes + at * sizeof(KRCardRow)) KRCardRow{row.what, row.detail, row.label, text, size};
   };
   for (Property& entry : entries_) {
     uint32_t& next = counts_[entry.row.what];

@@ -23,6 +23,7 @@ class KRCardSlabs {
     KRSlab* slab;
     uint32_t offset;
   };
+  /// Room for so many bytes, at least one.
   Room take(uint32_t size);
 
  private:
@@ -75,7 +76,7 @@ class KRCardDraft {
     ++counts_[what];
     Property& added = entries_.emplace_back();
     added.places = 1;
-    write(added.row, what, place);
+    fill(added.row, what, place);
     if (isKeptNear(added.row)) nearSize_ += place.size;
     return static_cast<Entry>(entries_.size() - 1);
   }
@@ -113,8 +114,9 @@ class KRCardDraft {
   static constexpr uint32_t sizeOf(const Place& place) noexcept {
     return place.size | (place.isDecoded ? 0U : KRCardRow::kInCard);
   }
-  /// Where it stands: a row made elsewhere and copied would wait until its bytes are written.
-  static void write(KRCardRow& row, uint8_t what, const Place& place) noexcept {
+  /// Fills a new row, all zeros, where it stands: copied in words of eight bytes, one that was just made of smaller
+  /// members waits until they have arrived.
+  static void fill(KRCardRow& row, uint8_t what, const Place& place) noexcept {
     row.what = what;
     row.offset = place.offset;
     row.size = sizeOf(place);

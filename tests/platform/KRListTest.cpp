@@ -71,6 +71,18 @@ TEST(KRList, TakesOverAReferenceThatIsGivenUp) {
   EXPECT_EQ(Item::alive, 0);
 }
 
+TEST(KRList, FindsWhatItTookOverInALongList) {
+  KRList<Item> list;
+  for (int i = 0; i < 40; ++i) list.append(krMake<Item>(i));
+  EXPECT_TRUE(list.contains(list.at(30)));
+  KRRef<Item> item = krMake<Item>(40);
+  const Item* place = item.get();
+  list.append(std::move(item));
+  EXPECT_TRUE(list.contains(place));
+  EXPECT_TRUE(list.remove(place));
+  EXPECT_EQ(Item::alive, 40);
+}
+
 TEST(KRList, RemovesEveryOccurrence) {
   const auto items = makeItems(2);
   KRList<Item> list;

@@ -1,9 +1,11 @@
 #include "platform/KRZeroMemory.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -64,6 +66,28 @@ TEST(KRZeroMemory, ServesALargerOneWithTheMemoryOfASmallerOne) {
   // What is larger than all that is kept is neither taken from it nor kept.
   EXPECT_TRUE(isZero(KRZeroMemory(kLargest + 1)));
   EXPECT_TRUE(isZero(KRZeroMemory(kSmall)));
+}
+
+/// Of how many pages the system has something.
+size_t pagesThere(const void* from, size_t size) {
+  std::vector<unsigned char> pages(size / 4096);
+  if (mincore(const_cast<void*>(from), size, pages.data()) != 0) return 0;
+  return static_cast<size_t>(
+      std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return page % 2 == 1; }));
+}
+
+TEST(KRZeroMemory, ASmallerOneHoldsNoPagesOfALargerOneBehindIt) {
+  constexpr size_t kSmall = size_t{6} << 20U;
+  constexpr size_t kLarge = size_t{40} << 20U;
+  KRZeroMemory::giveBackSpare();
+  {
+    const KRZeroMemory large(kLarge);
+    std::fill_n(static_cast<unsigned char*>(large.data()), kLarge, static_cast<unsigned char>(0xFF));
+    EXPECT_EQ(pagesThere(large.data(), kLarge), kLarge / 4096);
+  }
+  const KRZeroMemory small(kSmall);
+  // The rest of a large page may be there, too.
+  EXPECT_LE(pagesThere(small.data(), kLarge), (kSmall + (size_t{2} << 20U)) / 4096);
 }
 
 TEST(KRZeroMemory, HasNoneWithoutASize) {

@@ -21,6 +21,19 @@ TEST(KRCardSlabs, GiveRoomsApartFromEachOther) {
   for (const KRCardSlabs::Room& room : {first, second, large}) room.slab->release();
 }
 
+TEST(KRCardSlabs, HaveReferencesForTheSmallestRooms) {
+  std::vector<KRSlab*> taken;
+  {
+    KRCardSlabs slabs;
+    for (uint32_t i = 0; i < KRSlab::kSharedCapacity / 4; ++i) taken.push_back(slabs.take(1).slab);
+  }
+  EXPECT_NE(taken.front(), taken.back());
+  for (KRSlab* slab : taken) {
+    *slab->bytes() = 'x';
+    slab->release();
+  }
+}
+
 /// While it lives, the system gives this process no memory any more.
 class NoMoreMemory {
  public:
