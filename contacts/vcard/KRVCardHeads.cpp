@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 #include "contacts/vcard/KRVCardText.h"
@@ -28,20 +29,16 @@ KRVCardHead readHead(std::string_view text) {
   return head;
 }
 
-/// Enough bits set for each count of bytes up to a window's: where they begin, all of so many bytes' are set from there
-/// on, and behind them none.
-constexpr size_t kWindow = sizeof(std::array<uint64_t, 5>);
-constexpr std::array<char, 2 * kWindow> kMasks = [] {
-  std::array<char, 2 * kWindow> masks{};
-  std::fill_n(masks.begin(), kWindow, static_cast<char>(0xFF));
-  return masks;
-}();
-
 }  // namespace
 
 /// Always the same steps, whatever the size: it changes from line to line, and nothing could guess it.
 inline KRVCardHeads::Words KRVCardHeads::wordsOf(std::string_view head, const char* end) noexcept {
-  static_assert(sizeof(Words) == kWindow);
+  // Read from `kWindow - n` on, they keep the first n bytes of a window.
+  static constexpr auto kMasks = [] {
+    std::array<char, 2 * kWindow> masks{};
+    std::fill_n(masks.begin(), kWindow, static_cast<char>(0xFF));
+    return masks;
+  }();
   const size_t size = std::min(head.size(), kWindow);
   if (static_cast<size_t>(end - head.data()) < kWindow) return copiedWordsOf(head.substr(0, size));
   const char* const from = head.data();
@@ -75,8 +72,8 @@ const KRVCardHead& KRVCardHeads::find(std::string_view head, const char* end) {
   static_assert(kSlots == size_t{1} << kSlotBits);
   const Words words = wordsOf(head, end);
   const auto product = [&](size_t i) { return words[i] * kFactors[i]; };
-  const uint64_t sum =
-      product(0) + product(1) + product(2) + product(3) + product(4) + head.size() * 0xe7037ed1a0b428dbU;
+  uint64_t sum = product(0) + product(1) + product(2) + product(3) + product(4) + head.size() * 0xe7037ed1a0b428dbU;
+  if (head.size() > kWindow) sum += std::hash<std::string_view>()(restOf(head)) * kFactors[0];
   const size_t slot = sum >> (64U - kSlotBits);
   const Known* const first = slots_[slot].get();
   if (isSame(first, words, head)) return first->head;

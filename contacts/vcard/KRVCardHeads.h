@@ -34,8 +34,8 @@ struct KRVCardHead {
 /// before nearly all its values. Holds some hundred heads at most, none of them long, whatever a file has. Not locked.
 class KRVCardHeads {
  public:
-  /// What the head says; valid until the next call. Up to `end` the bytes behind the head may be looked at, too: where
-  /// there are some, looking is faster.
+  /// What the head says; valid until the next call. `end`, which does not lie before the head's, is how far the bytes
+  /// behind it may be looked at, too: where there are some, looking is faster.
   const KRVCardHead& find(std::string_view head, const char* end);
 
  private:
@@ -43,6 +43,7 @@ class KRVCardHeads {
   static constexpr size_t kLongest = 128;
   /// The first bytes of a head, with zeros behind it: those of nearly all are its whole text.
   using Words = std::array<uint64_t, 5>;
+  static constexpr size_t kWindow = sizeof(Words);
 
   struct Known {
     Words words{};

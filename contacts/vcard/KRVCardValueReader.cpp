@@ -30,10 +30,7 @@ KREscapes KRVCardValueReader::escapes(Shape shape) {
 }
 
 KRCardDraft::Place KRVCardValueReader::undoEscapes(std::string_view text, Shape shape) {
-  // Quoted-printable may hide a backslash.
-  const bool isPlain =
-      (line_->flags & KRVCardScan::Backslash) == 0 && line_->parameters->encoding != KRVCardParameters::QuotedPrintable;
-  if (isPlain || text.find('\\') == std::string_view::npos) return draft_.place(text);
+  if (!mayHaveEscapes() || text.find('\\') == std::string_view::npos) return draft_.place(text);
   return draft_.place(krUndoEscapes(text, escapes(shape)));
 }
 

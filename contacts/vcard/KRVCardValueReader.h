@@ -40,11 +40,13 @@ class KRVCardValueReader {
   bool is21();
   /// Whether the line has nothing but ASCII, and no escape sequences.
   bool isASCII() const noexcept { return (line_->flags & (KRVCardScan::High | KRVCardScan::Escape)) == 0; }
-  /// Whether values stand in the line just as they are, as most do.
-  bool isPlain() const noexcept {
-    return isASCII() && (line_->flags & KRVCardScan::Backslash) == 0 &&
-           line_->parameters->encoding != KRVCardParameters::QuotedPrintable;
+  /// Whether there is a backslash, or quoted-printable that may hide one.
+  bool mayHaveEscapes() const noexcept {
+    return (line_->flags & KRVCardScan::Backslash) != 0 ||
+           line_->parameters->encoding == KRVCardParameters::QuotedPrintable;
   }
+  /// Whether values stand in the line just as they are, as most do.
+  bool isPlain() const noexcept { return isASCII() && !mayHaveEscapes(); }
   Place decodeWritten(std::string_view raw, Shape shape);
   void splitPlain(std::string_view value, char separator);
   KREscapes escapes(Shape shape);

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "contacts/model/KRLabelTable.h"
@@ -87,6 +88,19 @@ TEST(KRVCardHeads, OfAFileAreNearlyAllRememberedAtOnce) {
   EXPECT_LE(moved, 8);
 }
 
+TEST(KRVCardHeads, ThatDifferLateAreRememberedAtOnce) {
+  KRVCardHeads heads;
+  const auto placeOf = [&](int i) {
+    const std::string start = "ADR;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE;TYPE=a-long-one-";
+    return find(heads, start + std::to_string(100 + i)).parameters.types.data();
+  };
+  std::vector<const char*> places;
+  for (int i = 0; i < 30; ++i) places.push_back(placeOf(i));
+  int moved = 0;
+  for (int i = 0; i < 30; ++i) moved += placeOf(i) != places[static_cast<size_t>(i)] ? 1 : 0;
+  EXPECT_LE(moved, 3);
+}
+
 TEST(KRVCardHeads, AreToldApartByEachByte) {
   KRVCardHeads heads;
   for (size_t size = 1; size < 200; ++size) {
@@ -126,4 +140,9 @@ TEST(KRVCardHeads, WithZerosInThemAreNotShorterOnes) {
   EXPECT_EQ(find(heads, "TEL").property->meaning, KRVCardMeaning::Phone);
   EXPECT_EQ(find(heads, text).property->meaning, KRVCardMeaning::Unknown);
   EXPECT_EQ(find(heads, "TEL").property->meaning, KRVCardMeaning::Phone);
+  const std::string behind = text + std::string(60, 'x');
+  for (const auto& [size, meaning] : {std::pair(3U, KRVCardMeaning::Phone), std::pair(4U, KRVCardMeaning::Unknown)}) {
+    const std::string_view head = std::string_view(behind).substr(0, size);
+    EXPECT_EQ(heads.find(head, behind.data() + behind.size()).property->meaning, meaning);
+  }
 }
