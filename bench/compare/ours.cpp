@@ -52,7 +52,7 @@ class Stopwatch {
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-/// Reads names, phones, e-mails and addresses of all persons once, as the peers do.
+/// Reads names, phones, e-mails and addresses of all persons once: whatever any of the other programs reads.
 Json readAll(KRVCardBook& book) {
   size_t chars = 0;
   size_t phones = 0;
