@@ -14,6 +14,11 @@ bool isZero(const KRZeroMemory& memory) {
   return std::all_of(bytes, bytes + memory.size(), [](unsigned char byte) { return byte == 0; });
 }
 
+/// Writes to every byte, as a table that is full.
+void use(const KRZeroMemory& memory) {
+  std::fill_n(static_cast<unsigned char*>(memory.data()), memory.size(), static_cast<unsigned char>(0xFF));
+}
+
 TEST(KRZeroMemory, BeginsAsZerosInEverySize) {
   for (const size_t size :
        {size_t{1}, size_t{4096}, (size_t{4} << 20U) - 1, size_t{4} << 20U, (size_t{9} << 20U) + 5}) {
@@ -23,7 +28,7 @@ TEST(KRZeroMemory, BeginsAsZerosInEverySize) {
       ASSERT_NE(memory.data(), nullptr);
       EXPECT_EQ(memory.size(), size);
       EXPECT_TRUE(isZero(memory)) << size;
-      std::fill_n(static_cast<unsigned char*>(memory.data()), size, static_cast<unsigned char>(0xFF));
+      use(memory);
     }
   }
 }
@@ -36,13 +41,13 @@ TEST(KRZeroMemory, ComesBackAsZerosWhereALargerOneWas) {
   {
     const KRZeroMemory large(kLarge);
     place = large.data();
-    std::fill_n(static_cast<unsigned char*>(large.data()), kLarge, static_cast<unsigned char>(0xFF));
+    use(large);
   }
   {
     const KRZeroMemory small(kSmall);
     EXPECT_EQ(small.data(), place);
     EXPECT_TRUE(isZero(small));
-    std::fill_n(static_cast<unsigned char*>(small.data()), kSmall, static_cast<unsigned char>(0xFF));
+    use(small);
     EXPECT_TRUE(isZero(KRZeroMemory(kLarge)));
   }
   KRZeroMemory::giveBackSpare();
@@ -58,7 +63,7 @@ TEST(KRZeroMemory, ServesALargerOneWithTheMemoryOfASmallerOne) {
   {
     const KRZeroMemory small(kSmall);
     place = small.data();
-    std::fill_n(static_cast<unsigned char*>(small.data()), kSmall, static_cast<unsigned char>(0xFF));
+    use(small);
   }
   const KRZeroMemory large(kLargest);
   EXPECT_EQ(large.data(), place);
@@ -82,7 +87,7 @@ TEST(KRZeroMemory, ASmallerOneHoldsNoPagesOfALargerOneBehindIt) {
   KRZeroMemory::giveBackSpare();
   {
     const KRZeroMemory large(kLarge);
-    std::fill_n(static_cast<unsigned char*>(large.data()), kLarge, static_cast<unsigned char>(0xFF));
+    use(large);
     EXPECT_EQ(pagesThere(large.data(), kLarge), kLarge / 4096);
   }
   const KRZeroMemory small(kSmall);
