@@ -91,13 +91,22 @@ std::vector<std::pair<int64_t, std::string>> folders(std::error_code& failed) {
   return found;
 }
 
-void removeFolder(const std::string& folder) {
+KRResult<void> removeFolder(const std::string& folder) {
   const fs::path place(folder);
   const fs::path gone = place.parent_path() / (std::string(kGone) + place.filename().string());
   std::error_code failed;
+  fs::path free = gone;
+  fs::rename(place, free, failed);
+  // Another process may be removing one that had the same number: numbers of removed records are given again.
+  for (int further = 1; failed == std::errc::directory_not_empty || failed == std::errc::file_exists; ++further) {
+    free = gone.string() + "-" + std::to_string(further);
+    fs::rename(place, free, failed);
+  }
+  if (failed && failed != std::errc::no_such_file_or_directory)
+    return KRFile::systemError(failed.value(), "remove", std::string_view(folder));
   // What is left when this is cut short is no record.
-  fs::rename(place, gone, failed);
-  if (!failed) fs::remove_all(gone, failed);
+  fs::remove_all(free, failed);
+  return {};
 }
 
 /// Takes away what removals left behind that were cut short.
@@ -155,7 +164,7 @@ KRResult<KRUndoRecords::Begun> KRUndoRecords::begin(KRText title, bool isUndo) {
   KRResult<void> done = write(run);
   if (done) done = KRFile::flushFolder(place);
   if (!done) {
-    removeFolder(run.folder);
+    static_cast<void>(removeFolder(run.folder));
     return done.error();
   }
   return Begun{std::move(run), *std::move(begun)};
@@ -171,6 +180,8 @@ KRResult<void> KRUndoRecords::write(const Run& run) {
 }
 
 KRResult<KRFileLock> KRUndoRecords::hold(const Run& run) {
+  // Who takes away what is beyond the limits holds each record for a moment, which is not putting it back.
+  const KRResult<KRFileLock> quiet = KRFileLock::hold(folder());
   KRResult<KRFileLock> lock = KRFileLock::holdNow(std::string_view(run.folder));
   if (lock && KRFile::kind(std::string_view(runFile(run.folder))) != KRFile::Kind::Missing) return lock;
   if (lock || lock.error().code == KRErrorCode::NotFound)
@@ -180,9 +191,7 @@ KRResult<KRFileLock> KRUndoRecords::hold(const Run& run) {
 }
 
 KRResult<void> KRUndoRecords::remove(const Run& run) {
-  removeFolder(run.folder);
-  if (KRFile::kind(std::string_view(run.folder)) == KRFile::Kind::Missing) return {};
-  return KRFile::systemError(EACCES, "remove", std::string_view(run.folder));
+  return removeFolder(run.folder);
 }
 
 void KRUndoRecords::prune(int64_t now) {
@@ -193,14 +202,16 @@ void KRUndoRecords::prune(int64_t now) {
   uint64_t bytes = 0;
   std::error_code unknown;
   for (const auto& [number, path] : folders(unknown)) {
+    // One that is being written is let be; what a stopped run left without a part is nothing. Looked at once it is
+    // held: a run that ended between the two would seem to have no part.
+    const KRResult<KRFileLock> held = KRFileLock::holdNow(std::string_view(path));
+    if (!held) continue;
     const std::optional<Run> run = runAt(path, number);
-    // One that is being written is let be; what a stopped run left without a part is nothing.
-    if (!KRFileLock::holdNow(std::string_view(path))) continue;
     const bool isRecord = run && (!run->parts.empty() || !run->damage.isNothing());
     if (isRecord) bytes += run->bytes;
     const bool isBeyond = isRecord && (kept >= kMostRuns || now - run->time > kMostSeconds || bytes > kMostBytes);
     if (!isRecord || (isBeyond && kept > 0)) {
-      removeFolder(path);
+      static_cast<void>(removeFolder(path));
     } else {
       ++kept;
     }

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <string>
+#include <thread>
 
 #include "contacts/undo/KRUndoPart.h"
 #include "contacts/undo/KRUndoRecords.h"
@@ -88,6 +92,41 @@ TEST_F(KRUndoRecorderTest, KeepsNoneOfWritesThatWereGivenUp) {
     const auto note = KRUndoRecorder::recordFile(std::string_view(path), "two");
     EXPECT_TRUE(note);
   }));
+}
+
+TEST_F(KRUndoRecorderTest, KeepsNoneWhileOneOfTheSameNumberIsStillBeingRemoved) {
+  folder_.put("a", "one");
+  const std::string records(KRUndoRecords::folder().view());
+  for (const char* gone : {"/gone-000001", "/gone-000001-1"})
+    std::filesystem::create_directories(records + gone + "/x");
+  EXPECT_FALSE(partsOf([&] {
+    put("a", "two");
+    put("a", "one");
+  }));
+  EXPECT_FALSE(std::filesystem::exists(records + "/gone-000001"));
+}
+
+TEST_F(KRUndoRecorderTest, ARunThatEndsWhileOthersPruneStays) {
+  KRUndoRecords::Run prepared;
+  prepared.folder = folder_.path();
+  prepared.parts = {1};
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_TRUE(KRUndoRecords::write(prepared));
+    std::optional<KRUndoRecords::Begun> begun = KRUndoRecords::begin("run", false).value();
+    const KRUndoRecords::Run run = begun->run;
+    std::atomic<bool> isOver{false};
+    std::thread others([&] {
+      while (!isOver) KRUndoRecords::prune(time(nullptr));
+    });
+    // Many files, so that the look at a record takes long, and a last write that takes no time.
+    for (int file = 0; file < 500; ++file) std::ofstream(run.at(1, std::to_string(file)));
+    std::filesystem::rename(prepared.folder + "/run", run.folder + "/run");
+    begun.reset();
+    isOver = true;
+    others.join();
+    EXPECT_TRUE(std::filesystem::exists(run.folder)) << i;
+    EXPECT_TRUE(KRUndoRecords::remove(run));
+  }
 }
 
 TEST_F(KRUndoRecorderTest, TellsWhatIsOtherThanItWas) {
