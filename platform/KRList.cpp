@@ -2,32 +2,37 @@
 
 #include "platform/KRFatal.h"
 #include "platform/KRPrefetch.h"
+#include "platform/KRZeroMemory.h"
 
 /// From object to slots, built when a removal or a look-up first needs it in a long list, and dropped when slots move.
 /// Open addressing over slot numbers: eight bytes an element at the most.
 struct KRListCore::Index {
-  static constexpr uint32_t kFree = 0xFFFFFFFFU;
-  static constexpr uint32_t kTaken = 0xFFFFFFFEU;
+  /// A cell holds the number of a slot and this much more, so that memory of zeros is a table of free cells.
+  static constexpr uint32_t kFirst = 2;
+  static constexpr uint32_t kTaken = 1;
+  static constexpr uint32_t kNone = 0xFFFFFFFFU;
 
   explicit Index(bool ofNodes) noexcept : areNodes(ofNodes) {}
 
   /// Nodes of a graph are compared by identity, always: they need not be looked at.
   const bool areNodes;
-  std::vector<uint32_t> cells;
+  KRZeroMemory memory;
+  size_t size = 0;
   size_t used = 0;
+
+  uint32_t* cells() const noexcept { return static_cast<uint32_t*>(memory.data()); }
 
   uint64_t hashOf(const KRObject* object) const {
     return areNodes ? static_cast<const KRGraphNode*>(object)->KRGraphNode::hash() : object->hash();
   }
   bool areEqual(const KRObject* a, const KRObject* b) const { return a == b || (!areNodes && krEqualObjects(a, b)); }
-  size_t cellOf(const KRObject* object) const { return hashOf(object) & (cells.size() - 1); }
-  size_t next(size_t cell) const { return (cell + 1) & (cells.size() - 1); }
+  size_t cellOf(const KRObject* object) const { return hashOf(object) & (size - 1); }
+  size_t next(size_t cell) const { return (cell + 1) & (size - 1); }
 
   void build(const std::vector<KRObject*>& slots, size_t from, size_t count) {
-    size_t size = 64;
+    size = 64;
     while (size < count * 2) size *= 2;
-    cells.assign(size, kFree);
-    used = 0;
+    memory = KRZeroMemory(size * sizeof(uint32_t));
     constexpr size_t kAhead = 16;
     for (size_t slot = from; slot < slots.size(); ++slot) {
       if (!areNodes && slot + kAhead < slots.size()) krPrefetch(slots[slot + kAhead]);
@@ -37,25 +42,25 @@ struct KRListCore::Index {
 
   void add(const KRObject* object, size_t slot) {
     size_t cell = cellOf(object);
-    while (cells[cell] != kFree) cell = next(cell);
-    cells[cell] = static_cast<uint32_t>(slot);
+    while (cells()[cell] != 0) cell = next(cell);
+    cells()[cell] = static_cast<uint32_t>(slot) + kFirst;
     ++used;
   }
 
-  bool isFull() const { return used * 4 >= cells.size() * 3; }
+  bool isFull() const { return used * 4 >= size * 3; }
 
   void remove(const KRObject* object, size_t slot) {
     size_t cell = cellOf(object);
-    while (cells[cell] != slot) cell = next(cell);
-    cells[cell] = kTaken;
+    while (cells()[cell] != slot + kFirst) cell = next(cell);
+    cells()[cell] = kTaken;
   }
 
-  /// The earliest slot that holds an equal object, or `kFree`.
+  /// The earliest slot that holds an equal object, or `kNone`.
   uint32_t find(const std::vector<KRObject*>& slots, const KRObject* object) const {
-    uint32_t earliest = kFree;
-    for (size_t cell = cellOf(object); cells[cell] != kFree; cell = next(cell)) {
-      const uint32_t slot = cells[cell];
-      if (slot == kTaken || slot >= earliest) continue;
+    uint32_t earliest = kNone;
+    for (size_t cell = cellOf(object); cells()[cell] != 0; cell = next(cell)) {
+      const uint32_t slot = cells()[cell] - kFirst;
+      if (cells()[cell] == kTaken || slot >= earliest) continue;
       if (areEqual(slots[slot], object)) earliest = slot;
     }
     return earliest;
@@ -106,7 +111,7 @@ size_t KRListCore::findSlot(const KRObject* object) const {
   if (front < slots_.size() && slots_[front] == object) return front;
   if (count() > kSmall) {
     const uint32_t found = index().find(slots_, object);
-    return found == Index::kFree ? slots_.size() : found;
+    return found == Index::kNone ? slots_.size() : found;
   }
   for (size_t slot = front; slot < slots_.size(); ++slot) {
     if (slots_[slot] != nullptr && krEqualObjects(slots_[slot], object)) return slot;

@@ -7,6 +7,7 @@
 #include <random>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "contacts/model/ABPerson.h"
 #include "contacts/model/KRAsRecord.h"
@@ -110,7 +111,7 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
   // Persons and their places in the table lie scattered: some are asked for ahead.
   constexpr size_t kAhead = 8;
   const size_t count = persons.count();
-  while ((count_ + count - first) * 2 > used_.size()) grow();
+  reserve(count_ + count - first);
   for (; first < count; first += kAtOnce) {
     const size_t size = std::min(count - first, kAtOnce);
     std::array<const ABPerson*, kAtOnce> records;
@@ -119,7 +120,7 @@ void KRPersonIDs::assign(const KRList<IKRPerson>& persons, const ABPerson* askin
       records[i] = krAsRecord(*persons.at(first + i));
     }
     const Bases bases({records.data(), size});
-    for (size_t i = 0; i < size; ++i) krPrefetchToWrite(&used_[bases.hash(i) & (used_.size() - 1)]);
+    for (size_t i = 0; i < size; ++i) krPrefetchToWrite(used() + (bases.hash(i) & mask()));
     for (size_t i = 0; i < size; ++i) {
       if (records[i] == nullptr) {
         // A host's own kind of person, whose identifier is its own affair.
@@ -150,13 +151,13 @@ void KRPersonIDs::assignOne(const IKRPerson& person) {
 }
 
 bool KRPersonIDs::insert(uint64_t hash) {
-  if ((count_ + 1) * 2 > used_.size()) grow();
-  size_t slot = hash & (used_.size() - 1);
-  while (used_[slot] != 0) {
-    if (used_[slot] == hash) return false;
-    slot = (slot + 1) & (used_.size() - 1);
+  reserve(count_ + 1);
+  size_t slot = hash & mask();
+  while (used()[slot] != 0) {
+    if (used()[slot] == hash) return false;
+    slot = (slot + 1) & mask();
   }
-  used_[slot] = hash;
+  used()[slot] = hash;
   ++count_;
   return true;
 }
@@ -172,31 +173,33 @@ bool KRPersonIDs::reclaim(const ABPerson& person) {
 }
 
 void KRPersonIDs::erase(uint64_t hash) {
-  if (used_.empty()) return;
-  const size_t mask = used_.size() - 1;
-  size_t hole = hash & mask;
-  while (used_[hole] != hash) {
-    if (used_[hole] == 0) return;
-    hole = (hole + 1) & mask;
+  if (size_ == 0) return;
+  size_t hole = hash & mask();
+  while (used()[hole] != hash) {
+    if (used()[hole] == 0) return;
+    hole = (hole + 1) & mask();
   }
   // Those behind it that would not be found any more with a hole before them move up.
-  for (size_t slot = (hole + 1) & mask; used_[slot] != 0; slot = (slot + 1) & mask) {
-    const size_t wanted = used_[slot] & mask;
-    if (((slot - wanted) & mask) < ((slot - hole) & mask)) continue;
-    used_[hole] = used_[slot];
+  for (size_t slot = (hole + 1) & mask(); used()[slot] != 0; slot = (slot + 1) & mask()) {
+    const size_t wanted = used()[slot] & mask();
+    if (((slot - wanted) & mask()) < ((slot - hole) & mask())) continue;
+    used()[hole] = used()[slot];
     hole = slot;
   }
-  used_[hole] = 0;
+  used()[hole] = 0;
   --count_;
 }
 
-void KRPersonIDs::grow() {
-  std::vector<uint64_t> old(used_.empty() ? 64 : used_.size() * 2, 0);
-  old.swap(used_);
+void KRPersonIDs::reserve(size_t count) {
+  size_t size = std::max(size_, size_t{64});
+  while (size < count * 2) size *= 2;
+  if (size == size_) return;
+  const KRZeroMemory former = std::exchange(memory_, KRZeroMemory(size * sizeof(uint64_t)));
+  const std::span<const uint64_t> old(static_cast<const uint64_t*>(former.data()), std::exchange(size_, size));
   for (const uint64_t hash : old) {
     if (hash == 0) continue;
-    size_t slot = hash & (used_.size() - 1);
-    while (used_[slot] != 0) slot = (slot + 1) & (used_.size() - 1);
-    used_[slot] = hash;
+    size_t slot = hash & mask();
+    while (used()[slot] != 0) slot = (slot + 1) & mask();
+    used()[slot] = hash;
   }
 }

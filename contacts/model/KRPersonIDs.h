@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <mutex>
 #include <unordered_map>
-#include <vector>
 
 #include "contacts/model/IKRPerson.h"
 #include "platform/KRList.h"
+#include "platform/KRZeroMemory.h"
 
 class ABPerson;
 
@@ -35,12 +35,17 @@ class KRPersonIDs {
  private:
   bool insert(uint64_t hash);
   void erase(uint64_t hash);
-  void grow();
+  /// Makes room for so many identifiers.
+  void reserve(size_t count);
   void assignOne(const IKRPerson& person);
 
   std::mutex lock_;
   /// Hashes of the identifiers in use, open addressing; 0 is free.
-  std::vector<uint64_t> used_;
+  uint64_t* used() const noexcept { return static_cast<uint64_t*>(memory_.data()); }
+  size_t mask() const noexcept { return size_ - 1; }
+  KRZeroMemory memory_;
+  /// A power of two, at most half of which is taken; 0 at first.
+  size_t size_ = 0;
   size_t count_ = 0;
   /// For identifiers that several persons share, by their hash, the last suffix given.
   std::unordered_map<uint64_t, uint32_t> lastSuffix_;
