@@ -41,13 +41,17 @@ void KRIssueObject::fix() {
 }
 
 void KRIssueObject::prefetchWhole() const noexcept {
-  constexpr size_t kLine = 64;
-  for (size_t at = 0; at < sizeof *this; at += kLine) krPrefetchToWrite(reinterpret_cast<const char*>(this) + at);
+  krPrefetchLinesToWrite(this, sizeof *this);
+  KRCells<KRIssueObject>::prefetchToGive(this);
 }
 
 void KRIssueObject::prefetchParts() const noexcept {
   persons_.prefetch();
-  krPrefetchToWrite(info_.borrow().object());
+  // What an info consists of, and the sentence, were made together with it and mostly lie around it.
+  constexpr size_t kBefore = kKRCacheLine;
+  constexpr size_t kBehind = 6 * kKRCacheLine;
+  if (const auto* info = reinterpret_cast<const char*>(info_.borrow().object()))
+    krPrefetchLinesToWrite(info - kBefore, kBefore + kBehind);
   prefetchNeighbours();
 }
 

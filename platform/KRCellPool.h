@@ -5,6 +5,7 @@
 #include <new>
 
 #include "platform/KRPieces.h"
+#include "platform/KRPrefetch.h"
 #include "platform/KRSpinLock.h"
 
 /// Memory for many objects of one size that live long and are walked over in the order in which they were made: they
@@ -17,7 +18,7 @@
 class KRCellPool {
  public:
   /// Bytes of the smallest cell, and the alignment of all.
-  static constexpr size_t kLine = 64;
+  static constexpr size_t kLine = kKRCacheLine;
 
   /// For objects of that size, at most a kilobyte.
   explicit KRCellPool(size_t objectSize) noexcept
@@ -30,6 +31,12 @@ class KRCellPool {
   void* take();
   /// Takes back a cell of this pool.
   void give(void* cell) noexcept;
+
+  /// Asks the processor for the head of a cell's block. Says and changes nothing.
+  static void prefetchToGive(const void* cell) noexcept {
+    krPrefetchToWrite(
+        reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(cell) & ~uintptr_t{KRPieces::kSize - 1}));
+  }
 
   /// How many blocks the pool has from the system now; for tests.
   size_t blockCount() const noexcept;
@@ -56,6 +63,10 @@ class KRCells {
  public:
   static void* take(size_t size) { return isInCell(size) ? pool().take() : ::operator new(size); }
   static void give(void* room, size_t size) noexcept { isInCell(size) ? pool().give(room) : ::operator delete(room); }
+  /// Asks the processor for what giving back an object takes besides the object. Says and changes nothing.
+  static void prefetchToGive(const void* room) noexcept {
+    if (KRPieces::kAreUsed) KRCellPool::prefetchToGive(room);
+  }
 
  private:
   static constexpr bool isInCell(size_t size) noexcept { return KRPieces::kAreUsed && size == sizeof(T); }

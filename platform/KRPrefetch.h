@@ -1,5 +1,10 @@
 #pragma once
 
+#include <cstddef>
+
+/// Bytes of a line of the processor's cache, the least that it fetches.
+inline constexpr size_t kKRCacheLine = 64;
+
 /// Asks the processor for the memory at an address that is read soon. Any address will do, also one of nothing: it is a
 /// wish, which costs about as much as an addition. In a walk over things that lie scattered in memory, wishes made some
 /// steps ahead let their ways there overlap.
@@ -13,4 +18,12 @@ inline void krPrefetch(const void* address) noexcept {
 inline void krPrefetchToWrite(const void* address) noexcept {
   __builtin_prefetch(address, 1);
   __asm__ volatile("" : : "r"(address));
+}
+
+/// The same for each line of so many bytes from the address on.
+inline void krPrefetchLines(const void* begin, size_t size) noexcept {
+  for (size_t at = 0; at < size; at += kKRCacheLine) krPrefetch(static_cast<const char*>(begin) + at);
+}
+inline void krPrefetchLinesToWrite(const void* begin, size_t size) noexcept {
+  for (size_t at = 0; at < size; at += kKRCacheLine) krPrefetchToWrite(static_cast<const char*>(begin) + at);
 }

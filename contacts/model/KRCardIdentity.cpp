@@ -121,8 +121,7 @@ void readAll(std::span<const Unfolded> texts) noexcept {
 
 /// Asks the processor for a card while those before it are read.
 void prefetch(std::string_view card) noexcept {
-  constexpr size_t kLine = 64;
-  for (size_t at = 0; at < std::min(card.size(), kNear); at += kLine) krPrefetch(card.data() + at);
+  krPrefetchLines(card.data(), std::min(card.size(), kNear));
 }
 
 void readFar(std::string_view card, KRCardIdentity& identity) {

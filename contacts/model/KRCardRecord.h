@@ -117,18 +117,12 @@ class KRCardRecord {
   /// Asks the processor for the rows and the texts that stand before them.
   void prefetch() const noexcept {
     if (slab_ == nullptr) return;
-    constexpr size_t kLine = 64;
-    constexpr size_t kLines = 5;
     constexpr size_t kBefore = 80;
-    for (size_t i = 0; i < kLines; ++i) krPrefetch(bytes() - kBefore + i * kLine);
+    krPrefetchLines(bytes() - kBefore, 5 * kKRCacheLine);
   }
   /// Asks for the card, of a long one for its beginning; when the rows have come.
   void prefetchCard() const noexcept {
-    constexpr size_t kLine = 64;
-    constexpr size_t kLines = 8;
-    if (cardSize_ == 0) return;
-    const char* card = cardBytes();
-    for (size_t at = 0; at < std::min<size_t>(cardSize_, kLines * kLine); at += kLine) krPrefetch(card + at);
+    if (cardSize_ != 0) krPrefetchLines(cardBytes(), std::min<size_t>(cardSize_, 8 * kKRCacheLine));
   }
   /// The same for the first row of a property alone; when that has come, for its text.
   void prefetchRow(KROrdinal property) const noexcept {
