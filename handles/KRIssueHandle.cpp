@@ -129,6 +129,12 @@ void KRIssueHandle::fix(KRIssueObject* finding, [[maybe_unused]] const KRFlagPro
   resetFindResult(finding);
 }
 
+bool KRIssueHandle::deletesPersons() const {
+  const KRString did = name();
+  return sameText(did, KRHandleNameDeleteContact) || sameText(did, KRHandleNameDeleteDuplicatePerson) ||
+         sameText(did, KRHandleNameMergeContact);
+}
+
 KRRef<IKRPerson> KRIssueHandle::indirectFix(KRIssueObject* finding) {
   if (finding == nullptr || !sameText(name(), KRHandleNameMergeContact)) return {};
   const KRRef<KRAddressBook> book = krBookOf(finding);

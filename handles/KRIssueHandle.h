@@ -27,6 +27,8 @@ class KRIssueHandle : public KRObject {
   virtual KRString name() const { return name_; }
   /// Whether the user has to assist the fix. No fix needs it, so it is always false.
   bool needAssist() const noexcept { return false; }
+  /// Whether a fix of this name deletes persons of the finding: `resetFindResult` then goes through all their findings.
+  bool deletesPersons() const;
   /// What the maker of the handle gave along, or nothing.
   KRValue info() const { return info_.get(); }
   void setInfo(KRValue info) { info_.set(std::move(info)); }

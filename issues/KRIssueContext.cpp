@@ -102,16 +102,18 @@ void KRIssueContext::fixAll() {
   }
 }
 
-/// Asks for what fixing the findings takes that come some steps after the first: the finding, what it refers to, and
-/// where the result has its person.
-void KRIssueContext::prefetchFixes(const KRIssueFindResult* result) const noexcept {
+/// Asks for what fixing the findings takes that come some steps after the first: the finding, what it refers to, where
+/// the result has its persons, and where a fix deletes these, their other findings.
+void KRIssueContext::prefetchFixes(const KRIssueFindResult* result, bool deletesPersons) const noexcept {
   constexpr size_t kStep = 12;
-  if (const KRIssueObject* finding = objects_.ahead(5 * kStep)) finding->prefetchWhole();
-  if (const KRIssueObject* finding = objects_.ahead(4 * kStep)) finding->prefetchParts();
+  if (const KRIssueObject* finding = objects_.ahead(6 * kStep)) finding->prefetchWhole();
+  if (const KRIssueObject* finding = objects_.ahead(5 * kStep)) finding->prefetchParts();
   if (result == nullptr) return;
-  if (const KRIssueObject* finding = objects_.ahead(3 * kStep)) result->prefetchPlaces(*finding);
-  if (const KRIssueObject* finding = objects_.ahead(2 * kStep)) result->prefetchEntries(*finding);
-  if (const KRIssueObject* finding = objects_.ahead(kStep)) result->prefetchLinks(*finding);
+  if (const KRIssueObject* finding = objects_.ahead(4 * kStep)) result->prefetchPlaces(*finding);
+  if (const KRIssueObject* finding = objects_.ahead(3 * kStep)) result->prefetchEntries(*finding);
+  if (const KRIssueObject* finding = objects_.ahead(2 * kStep)) result->prefetchLinks(*finding);
+  if (!deletesPersons) return;
+  if (const KRIssueObject* finding = objects_.ahead(kStep)) result->prefetchFindings(*finding);
 }
 
 void KRIssueContext::fixAllForProgress(const KRProgress& progress) {
@@ -119,8 +121,11 @@ void KRIssueContext::fixAllForProgress(const KRProgress& progress) {
   const auto count = static_cast<int64_t>(objects_.count());
   int64_t left = count;
   const KRRef<KRIssueFindResult> result = this->result();
+  // Nearly always all findings have the same handle.
+  const KRRef<KRIssueHandle> handle = left == 0 ? KRRef<KRIssueHandle>() : objects_.first()->handle();
+  const bool deletesPersons = handle && handle->deletesPersons();
   while (left != 0) {
-    prefetchFixes(result.get());
+    prefetchFixes(result.get(), deletesPersons);
     objects_.first()->fix();
     left = static_cast<int64_t>(objects_.count());
     progress(static_cast<double>(static_cast<float>(count - left) * 100.0F / static_cast<float>(count)));

@@ -78,7 +78,7 @@ class KRIssueContext : public KRGraphNode {
 
  private:
   void reorder(KRSortNames& names);
-  void prefetchFixes(const KRIssueFindResult* result) const noexcept;
+  void prefetchFixes(const KRIssueFindResult* result, bool deletesPersons) const noexcept;
 
   KRAtomic<KRRef<KRIssue>> issue_;
   KRList<KRIssueObject> objects_{*this};

@@ -70,6 +70,10 @@ void KRIssueFindResult::prefetchLinks(const KRIssueObject& object) const noexcep
   index_->prefetchLinks(object);
 }
 
+void KRIssueFindResult::prefetchFindings(const KRIssueObject& object) const noexcept {
+  index_->prefetchFindings(object);
+}
+
 KRList<KRIssueObject>* KRIssueFindResult::issueObjectByPerson(const KRString& personAddress) {
   return index_->find(personAddress);
 }

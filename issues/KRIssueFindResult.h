@@ -73,6 +73,7 @@ class KRIssueFindResult : public KRGraphNode {
   void prefetchPlaces(const KRIssueObject& object) const noexcept;
   void prefetchEntries(const KRIssueObject& object) const noexcept;
   void prefetchLinks(const KRIssueObject& object) const noexcept;
+  void prefetchFindings(const KRIssueObject& object) const noexcept;
 
  private:
   KRAtomic<KRRef<KRAddressBook>> addressBook_;

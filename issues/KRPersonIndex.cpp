@@ -141,6 +141,15 @@ void KRPersonIndex::prefetchLinks(const KRIssueObject& object) const noexcept {
   }
 }
 
+void KRPersonIndex::prefetchFindings(const KRIssueObject& object) const noexcept {
+  for (const IKRPerson* person : firstOf(object)) {
+    const Entry* entry = likelyEntry(person);
+    if (entry == nullptr || entry->first == nullptr) continue;
+    entry->first->prefetchWhole();
+    for (uint32_t at = entry->further; at != kNone; at = links_[at].next) links_[at].object->prefetchWhole();
+  }
+}
+
 void KRPersonIndex::removeNumber(const KRIssueObject* object, int64_t key) {
   Entry* entry = entryOf(key, hashOf(key));
   if (entry == nullptr || object == nullptr) return;

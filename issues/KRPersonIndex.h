@@ -41,10 +41,11 @@ class KRPersonIndex {
   void remove(const KRIssueObject* object, KRText key);
 
   /// Ask the processor for the places of the finding's persons, some steps later for their entries, then for the links
-  /// of those that have several findings.
+  /// of those that have several findings, and then, for who deletes persons, for all these findings.
   void prefetchPlaces(const KRIssueObject& object) const noexcept;
   void prefetchEntries(const KRIssueObject& object) const noexcept;
   void prefetchLinks(const KRIssueObject& object) const noexcept;
+  void prefetchFindings(const KRIssueObject& object) const noexcept;
 
  private:
   using List = KRList<KRIssueObject>;
