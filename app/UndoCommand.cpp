@@ -38,6 +38,17 @@ std::string titleOf(const KRUndoRecords::Run& run) {
   return (run.isUndo ? "undo of: " : "") + shownText(run.title.view());
 }
 
+std::string called(const KRUndoRecords::Run& run) {
+  return "run " + std::to_string(run.number) + " (" + titleOf(run) + ")";
+}
+
+void checkWhole(const KRUndoRecords::Run& run) {
+  if (run.damage.isNothing()) return;
+  std::string sentence = "nothing is undone of run " + std::to_string(run.number);
+  sentence.append(": the undo record is damaged: ").append(shownText(run.damage.view()));
+  throw Unusable(sentence.append("; \"krcontacts undo --list\" shows the other runs"));
+}
+
 void writeRun(JsonWriter& json, const KRUndoRecords::Run& run) {
   json.key("number");
   json.whole(static_cast<size_t>(run.number));
@@ -133,25 +144,25 @@ void UndoCommand::list(Terminal& terminal, const std::vector<Run>& runs) const {
 }
 
 void UndoCommand::undo(Terminal& terminal, const Run& run) const {
-  if (!run.damage.isNothing()) {
-    std::string sentence = "nothing is undone of run " + std::to_string(run.number);
-    sentence.append(": the undo record is damaged: ").append(shownText(run.damage.view()));
-    throw Unusable(sentence.append("; \"krcontacts undo --list\" shows the other runs"));
-  }
-  const std::string called = "run " + std::to_string(run.number) + " (" + titleOf(run) + ")";
+  checkWhole(run);
   // Before the turn: one of two that are asked at once waits for the other, and would then put back what that one did.
-  const KRResult<KRFileLock> held = KRUndoRecords::hold(run);
-  if (!held) throw Unusable("nothing is undone of " + called + ": " + held.error().sentence);
+  const KRResult<KRUndoRecords::Held> held = KRUndoRecords::hold(run);
+  if (!held) throw Unusable("nothing is undone of " + called(run) + ": " + held.error().sentence);
+  checkWhole(held->run);
+  putBack(terminal, held->run);
+}
+
+void UndoCommand::putBack(Terminal& terminal, const Run& run) const {
   std::optional<KRUndoTurn> turn;
   if (!dryRun_) turn.emplace();
   // An undo that is undone is the run done again.
   KRUndoRecorder::setTitle(run.title, !run.isUndo);
   const KRResult<Targets> checked = KRUndo::check(run);
-  if (!checked) throw Unusable("nothing is undone of " + called + ": " + checked.error().sentence);
+  if (!checked) throw Unusable("nothing is undone of " + called(run) + ": " + checked.error().sentence);
   if (!dryRun_ && hasWritten(*checked)) {
     const KRResult<Targets> done = KRUndo::putBack(run);
     if (!done) {
-      throw Unusable(called + " is not undone wholly: " + done.error().sentence + "; \"krcontacts undo " +
+      throw Unusable(called(run) + " is not undone wholly: " + done.error().sentence + "; \"krcontacts undo " +
                      std::to_string(run.number) + "\" tries the rest");
     }
   }

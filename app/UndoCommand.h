@@ -22,6 +22,7 @@ class UndoCommand : public Command {
   const Run& wantedRun(const std::vector<Run>& runs) const;
   void list(Terminal& terminal, const std::vector<Run>& runs) const;
   void undo(Terminal& terminal, const Run& run) const;
+  void putBack(Terminal& terminal, const Run& run) const;
   void print(Terminal& terminal, const Run& run, const Targets& targets) const;
   void write(Output& out, const Run& run, const Targets& targets) const;
 

@@ -251,7 +251,7 @@ KRResult<KRUndoNote> KRUndoRecorder::add(KRText kind, const std::string& fields,
                                          std::vector<KRUndoChange> changes) {
   const std::lock_guard lock(lock_);
   if (!begun_) {
-    KRResult<KRUndoRecords::Begun> begun = KRUndoRecords::begin(title_, isUndo_);
+    KRResult<KRUndoRecords::Held> begun = KRUndoRecords::begin(title_, isUndo_);
     if (!begun) return named(begun.error());
     begun_ = *std::move(begun);
   }

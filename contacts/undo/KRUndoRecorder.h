@@ -137,7 +137,7 @@ class KRUndoRecorder {
   KRString title_;
   bool isUndo_ = false;
   /// Made with the first part.
-  std::optional<KRUndoRecords::Begun> begun_;
+  std::optional<KRUndoRecords::Held> begun_;
   int64_t parts_ = 0;
   /// What the parts change that are kept.
   std::map<int64_t, std::vector<KRUndoChange>> kept_;

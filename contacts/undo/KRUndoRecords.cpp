@@ -91,7 +91,9 @@ std::vector<std::pair<int64_t, std::string>> folders(std::error_code& failed) {
   return found;
 }
 
-KRResult<void> removeFolder(const std::string& folder) {
+/// Gives the folder of a record a name that is no record's: what is left of it when its removal is cut short counts for
+/// nothing. Nothing where there is no such folder.
+KRResult<std::optional<fs::path>> setAside(const std::string& folder) {
   const fs::path place(folder);
   const fs::path gone = place.parent_path() / (std::string(kGone) + place.filename().string());
   std::error_code failed;
@@ -102,19 +104,49 @@ KRResult<void> removeFolder(const std::string& folder) {
     free = gone.string() + "-" + std::to_string(further);
     fs::rename(place, free, failed);
   }
-  if (failed && failed != std::errc::no_such_file_or_directory)
-    return KRFile::systemError(failed.value(), "remove", std::string_view(folder));
-  // What is left when this is cut short is no record.
-  fs::remove_all(free, failed);
+  if (!failed) return std::optional(free);
+  if (failed == std::errc::no_such_file_or_directory) return std::optional<fs::path>();
+  return KRFile::systemError(failed.value(), "remove", std::string_view(folder));
+}
+
+KRResult<void> removeFolder(const std::string& folder) {
+  const KRResult<std::optional<fs::path>> aside = setAside(folder);
+  if (!aside) return aside.error();
+  std::error_code ignored;
+  if (*aside) fs::remove_all(**aside, ignored);
   return {};
 }
 
-/// Takes away what removals left behind that were cut short.
+/// Takes away what was set aside, also by removals that were cut short.
 void removeGone() {
   std::error_code failed;
   for (const auto& entry : fs::directory_iterator(fs::path(KRUndoRecords::folder().view()), failed)) {
     std::error_code ignored;
     if (entry.path().filename().string().compare(0, kGone.size(), kGone) == 0) fs::remove_all(entry.path(), ignored);
+  }
+}
+
+/// Sets aside what is beyond the limits; for who holds the folder.
+void setBeyondAside(int64_t now) {
+  size_t kept = 0;
+  uint64_t bytes = 0;
+  std::error_code unknown;
+  for (const auto& [number, path] : folders(unknown)) {
+    // One that is being written is let be; what a stopped run left without a part is nothing. It is read only when it
+    // is held: a run that ended between the two would seem to have no part.
+    const KRResult<KRFileLock> held = KRFileLock::holdNow(std::string_view(path));
+    if (!held) continue;
+    const std::optional<KRUndoRecords::Run> run = runAt(path, number);
+    const bool isRecord = run && (!run->parts.empty() || !run->damage.isNothing());
+    if (isRecord) bytes += run->bytes;
+    const bool isBeyond =
+        isRecord && (kept >= KRUndoRecords::kMostRuns || now - run->time > KRUndoRecords::kMostSeconds ||
+                     bytes > KRUndoRecords::kMostBytes);
+    if (!isRecord || (isBeyond && kept > 0)) {
+      static_cast<void>(setAside(path));
+    } else {
+      ++kept;
+    }
   }
 }
 
@@ -143,7 +175,7 @@ KRResult<std::vector<KRUndoRecords::Run>> KRUndoRecords::all() {
   return runs;
 }
 
-KRResult<KRUndoRecords::Begun> KRUndoRecords::begin(KRText title, bool isUndo) {
+KRResult<KRUndoRecords::Held> KRUndoRecords::begin(KRText title, bool isUndo) {
   const KRString place = folder();
   if (place.isNothing()) return KRError{KRErrorCode::InvalidArgument, "there is no folder to keep undo records in"};
   if (KRResult<void> made = KRFile::createFolders(place, true); !made) return made.error();
@@ -167,7 +199,7 @@ KRResult<KRUndoRecords::Begun> KRUndoRecords::begin(KRText title, bool isUndo) {
     static_cast<void>(removeFolder(run.folder));
     return done.error();
   }
-  return Begun{std::move(run), *std::move(begun)};
+  return Held{std::move(run), *std::move(begun)};
 }
 
 KRResult<void> KRUndoRecords::write(const Run& run) {
@@ -179,15 +211,19 @@ KRResult<void> KRUndoRecords::write(const Run& run) {
   return KRFile::write(std::string_view(runFile(run.folder)), fields.take(), options);
 }
 
-KRResult<KRFileLock> KRUndoRecords::hold(const Run& run) {
+KRResult<KRUndoRecords::Held> KRUndoRecords::hold(const Run& run) {
   // Who takes away what is beyond the limits holds each record for a moment, which is not putting it back.
   const KRResult<KRFileLock> quiet = KRFileLock::hold(folder());
   KRResult<KRFileLock> lock = KRFileLock::holdNow(std::string_view(run.folder));
-  if (lock && KRFile::kind(std::string_view(runFile(run.folder))) != KRFile::Kind::Missing) return lock;
-  if (lock || lock.error().code == KRErrorCode::NotFound)
-    return KRError{KRErrorCode::NotFound, "another process has undone it meanwhile"};
-  if (lock.error().code != KRErrorCode::Busy) return lock;
-  return KRError{KRErrorCode::Busy, "it goes on still, or another process undoes it right now"};
+  if (!lock && lock.error().code == KRErrorCode::Busy)
+    return KRError{KRErrorCode::Busy, "it goes on still, or another process undoes it right now"};
+  if (!lock && lock.error().code != KRErrorCode::NotFound) return lock.error();
+  std::optional<Run> now = lock ? runAt(run.folder, run.number) : std::nullopt;
+  // The number may be another run's by now.
+  const bool isIt = now && (!now->damage.isNothing() || (now->time == run.time && now->title == run.title &&
+                                                         now->isUndo == run.isUndo && !now->parts.empty()));
+  if (!isIt) return KRError{KRErrorCode::NotFound, "another process has undone it meanwhile"};
+  return Held{*std::move(now), *std::move(lock)};
 }
 
 KRResult<void> KRUndoRecords::remove(const Run& run) {
@@ -195,25 +231,11 @@ KRResult<void> KRUndoRecords::remove(const Run& run) {
 }
 
 void KRUndoRecords::prune(int64_t now) {
-  const KRResult<KRFileLock> lock = KRFileLock::hold(folder());
-  if (!lock) return;
-  removeGone();
-  size_t kept = 0;
-  uint64_t bytes = 0;
-  std::error_code unknown;
-  for (const auto& [number, path] : folders(unknown)) {
-    // One that is being written is let be; what a stopped run left without a part is nothing. Looked at once it is
-    // held: a run that ended between the two would seem to have no part.
-    const KRResult<KRFileLock> held = KRFileLock::holdNow(std::string_view(path));
-    if (!held) continue;
-    const std::optional<Run> run = runAt(path, number);
-    const bool isRecord = run && (!run->parts.empty() || !run->damage.isNothing());
-    if (isRecord) bytes += run->bytes;
-    const bool isBeyond = isRecord && (kept >= kMostRuns || now - run->time > kMostSeconds || bytes > kMostBytes);
-    if (!isRecord || (isBeyond && kept > 0)) {
-      static_cast<void>(removeFolder(path));
-    } else {
-      ++kept;
-    }
+  {
+    const KRResult<KRFileLock> lock = KRFileLock::hold(folder());
+    if (!lock) return;
+    setBeyondAside(now);
   }
+  // Others wait for the folder, so what may take long comes afterwards.
+  removeGone();
 }

@@ -44,18 +44,19 @@ class KRUndoRecords {
   static KRString folder();
   /// All of them, also damaged ones, the newest first. No folder is no records.
   static KRResult<std::vector<Run>> all();
-  /// A record that is being written, and what says so to other processes.
-  struct Begun {
+  /// A record, and what keeps other processes from putting it back or taking it away while it lives.
+  struct Held {
     Run run;
     KRFileLock lock;
   };
   /// Makes the folder of a new record, with the next number, for a run that begins now.
-  static KRResult<Begun> begin(KRText title, bool isUndo);
+  static KRResult<Held> begin(KRText title, bool isUndo);
   /// Puts the file into the record's folder that says what it is and which parts it has.
   static KRResult<void> write(const Run& run);
   /// Keeps others from putting the run back meanwhile; `Busy` while the run goes on or another one puts it back,
-  /// `NotFound` when that has happened already.
-  static KRResult<KRFileLock> hold(const Run& run);
+  /// `NotFound` when that has happened already. The answer tells of the run as it is now: one that went on when it was
+  /// listed may have more parts since, or be damaged.
+  static KRResult<Held> hold(const Run& run);
   /// Removes a record with all it holds; success when it is not there.
   static KRResult<void> remove(const Run& run);
   /// Removes what is beyond the limits. What cannot be removed stays: the next time tries again.

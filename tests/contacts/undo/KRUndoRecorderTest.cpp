@@ -13,6 +13,7 @@
 #include "contacts/undo/KRUndoPart.h"
 #include "contacts/undo/KRUndoRecords.h"
 #include "platform/KRFile.h"
+#include "platform/KRFileLock.h"
 #include "tests/contacts/KRTrashSetting.h"
 
 namespace {
@@ -112,7 +113,7 @@ TEST_F(KRUndoRecorderTest, ARunThatEndsWhileOthersPruneStays) {
   prepared.parts = {1};
   for (int i = 0; i < 10; ++i) {
     EXPECT_TRUE(KRUndoRecords::write(prepared));
-    std::optional<KRUndoRecords::Begun> begun = KRUndoRecords::begin("run", false).value();
+    std::optional<KRUndoRecords::Held> begun = KRUndoRecords::begin("run", false).value();
     const KRUndoRecords::Run run = begun->run;
     std::atomic<bool> isOver{false};
     std::thread others([&] {
@@ -127,6 +128,57 @@ TEST_F(KRUndoRecorderTest, ARunThatEndsWhileOthersPruneStays) {
     EXPECT_TRUE(std::filesystem::exists(run.folder)) << i;
     EXPECT_TRUE(KRUndoRecords::remove(run));
   }
+}
+
+TEST_F(KRUndoRecorderTest, ARunIsHeldAsItIsWhenItHasEnded) {
+  std::optional<KRUndoRecords::Run> listed;
+  {
+    const KRUndoRecorder recorder("run");
+    put("a", "one");
+    listed = KRUndoRecords::all().value().front();
+    EXPECT_EQ(KRUndoRecords::hold(*listed).error().code, KRErrorCode::Busy);
+    put("b", "two");
+  }
+  EXPECT_EQ(listed->parts.size(), 1U);
+  EXPECT_EQ(KRUndoRecords::hold(*listed).value().run.parts.size(), 2U);
+}
+
+TEST_F(KRUndoRecorderTest, ARunWhoseNumberIsAnotherOnesIsNotHeld) {
+  const auto runOf = [&](const char* title, const char* content) {
+    const KRUndoRecorder recorder(title);
+    put("a", content);
+  };
+  runOf("first", "one");
+  const KRUndoRecords::Run first = KRUndoRecords::all().value().front();
+  EXPECT_TRUE(KRUndoRecords::remove(first));
+  EXPECT_EQ(KRUndoRecords::hold(first).error().code, KRErrorCode::NotFound);
+  runOf("second", "two");
+  const KRUndoRecords::Run second = KRUndoRecords::all().value().front();
+  ASSERT_EQ(second.number, first.number);
+  EXPECT_EQ(KRUndoRecords::hold(first).error().code, KRErrorCode::NotFound);
+  EXPECT_TRUE(KRUndoRecords::hold(second));
+}
+
+TEST_F(KRUndoRecorderTest, ARunThatIsLookedAtByWhoPrunesIsHeldAfterwards) {
+  {
+    const KRUndoRecorder recorder("run");
+    put("a", "one");
+  }
+  const KRUndoRecords::Run run = KRUndoRecords::all().value().front();
+  std::optional<KRFileLock> pruning = KRFileLock::hold(KRUndoRecords::folder()).value();
+  std::optional<KRFileLock> looking = KRFileLock::hold(std::string_view(run.folder)).value();
+  std::atomic<bool> asks{false};
+  bool isHeld = false;
+  std::thread undo([&] {
+    asks = true;
+    isHeld = KRUndoRecords::hold(run).isOk();
+  });
+  while (!asks) std::this_thread::yield();
+  for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+  looking.reset();
+  pruning.reset();
+  undo.join();
+  EXPECT_TRUE(isHeld);
 }
 
 TEST_F(KRUndoRecorderTest, TellsWhatIsOtherThanItWas) {
