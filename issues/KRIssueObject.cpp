@@ -50,8 +50,8 @@ void KRIssueObject::prefetchParts() const noexcept {
   // What an info consists of, and the sentence, were made together with it and mostly lie around it.
   constexpr size_t kBefore = kKRCacheLine;
   constexpr size_t kBehind = 6 * kKRCacheLine;
-  if (const auto* info = reinterpret_cast<const char*>(info_.borrow().object()))
-    krPrefetchLinesToWrite(info - kBefore, kBefore + kBehind);
+  if (const auto info = reinterpret_cast<uintptr_t>(info_.borrow().object()); info != 0)
+    krPrefetchLinesToWrite(reinterpret_cast<const void*>(info - kBefore), kBefore + kBehind);
   prefetchNeighbours();
 }
 

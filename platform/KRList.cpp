@@ -5,7 +5,7 @@
 #include "platform/KRZeroMemory.h"
 
 /// From object to slots, built when a removal or a look-up first needs it in a long list, and dropped when slots move.
-/// Open addressing over slot numbers: eight bytes an element at the most.
+/// Open addressing over slot numbers: eight to sixteen bytes an element.
 struct KRListCore::Index {
   /// A cell holds the number of a slot and this much more, so that memory of zeros is a table of free cells.
   static constexpr uint32_t kFirst = 2;
@@ -100,8 +100,9 @@ void KRListCore::drop(const KRObject* object) const {
 
 KRListCore::Index& KRListCore::index() const {
   if (!index_) {
-    index_.reset(new Index(owner_ != nullptr));
-    index_->build(slots_, head_, count());
+    std::unique_ptr<Index, IndexDeleter> made(new Index(owner_ != nullptr));
+    made->build(slots_, head_, count());
+    index_ = std::move(made);
   }
   return *index_;
 }

@@ -20,7 +20,8 @@ inline void krPrefetchToWrite(const void* address) noexcept {
   __asm__ volatile("" : : "r"(address));
 }
 
-/// The same for each line of so many bytes from the address on.
+/// The same every line's length for so many bytes from the address on. Where that is no line's beginning, the last few
+/// bytes may be left out.
 inline void krPrefetchLines(const void* begin, size_t size) noexcept {
   for (size_t at = 0; at < size; at += kKRCacheLine) krPrefetch(static_cast<const char*>(begin) + at);
 }

@@ -38,11 +38,11 @@ class KRPersonIDs {
   /// Makes room for so many identifiers.
   void reserve(size_t count);
   void assignOne(const IKRPerson& person);
+  uint64_t* used() const noexcept { return static_cast<uint64_t*>(memory_.data()); }
+  size_t mask() const noexcept { return size_ - 1; }
 
   std::mutex lock_;
   /// Hashes of the identifiers in use, open addressing; 0 is free.
-  uint64_t* used() const noexcept { return static_cast<uint64_t*>(memory_.data()); }
-  size_t mask() const noexcept { return size_ - 1; }
   KRZeroMemory memory_;
   /// A power of two, at most half of which is taken; 0 at first.
   size_t size_ = 0;
