@@ -60,16 +60,25 @@ std::span<const KRHandleTexts> textsOf(const KRString& handleName) {
   return {};
 }
 
+/// Whom of a finding's persons a fix deletes.
+enum class Deleted : uint8_t { Nobody, TheFirst, AllButTheFirst, All };
+
+Deleted deletedBy(const KRString& handleName) {
+  if (sameText(handleName, KRHandleNameDeleteContact)) return Deleted::TheFirst;
+  if (sameText(handleName, KRHandleNameDeleteDuplicatePerson)) return Deleted::AllButTheFirst;
+  if (sameText(handleName, KRHandleNameMergeContact)) return Deleted::All;
+  return Deleted::Nobody;
+}
+
 /// The persons whom a fix of that name has deleted.
 std::vector<KRRef<IKRPerson>> deletedPersons(const KRString& handleName, const KRPersonArray& persons) {
-  if (sameText(handleName, KRHandleNameDeleteContact)) return {KRRef<IKRPerson>(persons.first())};
+  const Deleted who = deletedBy(handleName);
+  if (who == Deleted::Nobody) return {};
+  if (who == Deleted::TheFirst) return {KRRef<IKRPerson>(persons.first())};
+  if (who == Deleted::AllButTheFirst && persons.isEmpty())
+    KRFatal("a finding without persons has no duplicates to delete");
   std::vector<KRRef<IKRPerson>> deleted;
-  if (sameText(handleName, KRHandleNameDeleteDuplicatePerson)) {
-    if (persons.isEmpty()) KRFatal("a finding without persons has no duplicates to delete");
-    for (size_t i = 1; i < persons.count(); ++i) deleted.emplace_back(persons.at(i));
-  } else if (sameText(handleName, KRHandleNameMergeContact)) {
-    for (IKRPerson* person : persons) deleted.emplace_back(person);
-  }
+  for (size_t i = who == Deleted::All ? 0 : 1; i < persons.count(); ++i) deleted.emplace_back(persons.at(i));
   return deleted;
 }
 
@@ -130,9 +139,7 @@ void KRIssueHandle::fix(KRIssueObject* finding, [[maybe_unused]] const KRFlagPro
 }
 
 bool KRIssueHandle::deletesPersons() const {
-  const KRString did = name();
-  return sameText(did, KRHandleNameDeleteContact) || sameText(did, KRHandleNameDeleteDuplicatePerson) ||
-         sameText(did, KRHandleNameMergeContact);
+  return deletedBy(name()) != Deleted::Nobody;
 }
 
 KRRef<IKRPerson> KRIssueHandle::indirectFix(KRIssueObject* finding) {

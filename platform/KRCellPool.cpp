@@ -48,10 +48,6 @@ KRCellPool::~KRCellPool() {
   }
 }
 
-KRCellPool::Block* KRCellPool::blockOf(void* cell) noexcept {
-  return reinterpret_cast<Block*>(reinterpret_cast<uintptr_t>(cell) & ~uintptr_t{KRPieces::kSize - 1});
-}
-
 KRCellPool::Block* KRCellPool::addBlock() {
   static_assert(sizeof(Block) <= kLine);
   auto* block = new (KRPieces::take()) Block(cellSize_);

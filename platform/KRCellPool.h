@@ -33,17 +33,16 @@ class KRCellPool {
   void give(void* cell) noexcept;
 
   /// Asks the processor for the head of a cell's block. Says and changes nothing.
-  static void prefetchToGive(const void* cell) noexcept {
-    krPrefetchToWrite(
-        reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(cell) & ~uintptr_t{KRPieces::kSize - 1}));
-  }
+  static void prefetchToGive(const void* cell) noexcept { krPrefetchToWrite(blockOf(cell)); }
 
   /// How many blocks the pool has from the system now; for tests.
   size_t blockCount() const noexcept;
 
  private:
   struct Block;
-  static Block* blockOf(void* cell) noexcept;
+  static Block* blockOf(const void* cell) noexcept {
+    return reinterpret_cast<Block*>(reinterpret_cast<uintptr_t>(cell) & ~uintptr_t{KRPieces::kSize - 1});
+  }
   Block* addBlock();
   void link(Block* block) noexcept;
   void unlink(Block* block) noexcept;

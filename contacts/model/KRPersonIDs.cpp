@@ -150,13 +150,16 @@ void KRPersonIDs::assignOne(const IKRPerson& person) {
   record->setIDSuffix(suffixOf(base, hashOf(base), lastSuffix_, insertOne), serial_);
 }
 
+size_t KRPersonIDs::slotOf(uint64_t hash) const noexcept {
+  size_t slot = hash & mask();
+  while (used()[slot] != 0 && used()[slot] != hash) slot = (slot + 1) & mask();
+  return slot;
+}
+
 bool KRPersonIDs::insert(uint64_t hash) {
   reserve(count_ + 1);
-  size_t slot = hash & mask();
-  while (used()[slot] != 0) {
-    if (used()[slot] == hash) return false;
-    slot = (slot + 1) & mask();
-  }
+  const size_t slot = slotOf(hash);
+  if (used()[slot] == hash) return false;
   used()[slot] = hash;
   ++count_;
   return true;
@@ -174,11 +177,8 @@ bool KRPersonIDs::reclaim(const ABPerson& person) {
 
 void KRPersonIDs::erase(uint64_t hash) {
   if (size_ == 0) return;
-  size_t hole = hash & mask();
-  while (used()[hole] != hash) {
-    if (used()[hole] == 0) return;
-    hole = (hole + 1) & mask();
-  }
+  size_t hole = slotOf(hash);
+  if (used()[hole] == 0) return;
   // Those behind it that would not be found any more with a hole before them move up.
   for (size_t slot = (hole + 1) & mask(); used()[slot] != 0; slot = (slot + 1) & mask()) {
     const size_t wanted = used()[slot] & mask();
@@ -197,9 +197,6 @@ void KRPersonIDs::reserve(size_t count) {
   const KRZeroMemory former = std::exchange(memory_, KRZeroMemory(size * sizeof(uint64_t)));
   const std::span<const uint64_t> old(static_cast<const uint64_t*>(former.data()), std::exchange(size_, size));
   for (const uint64_t hash : old) {
-    if (hash == 0) continue;
-    size_t slot = hash & mask();
-    while (used()[slot] != 0) slot = (slot + 1) & mask();
-    used()[slot] = hash;
+    if (hash != 0) used()[slotOf(hash)] = hash;
   }
 }

@@ -40,6 +40,8 @@ class KRPersonIDs {
   void assignOne(const IKRPerson& person);
   uint64_t* used() const noexcept { return static_cast<uint64_t*>(memory_.data()); }
   size_t mask() const noexcept { return size_ - 1; }
+  /// Where the hash stands, or the free slot that it would come to.
+  size_t slotOf(uint64_t hash) const noexcept;
 
   std::mutex lock_;
   /// Hashes of the identifiers in use, open addressing; 0 is free.
