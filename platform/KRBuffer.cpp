@@ -39,6 +39,14 @@ void giveMemoryBack(char* data, size_t capacity) noexcept {
   }
 }
 
+/// The same pages at another address if need be, with more behind them; null where the system cannot.
+char* movedPages([[maybe_unused]] char* data, [[maybe_unused]] size_t from, [[maybe_unused]] size_t to) noexcept {
+#ifdef MREMAP_MAYMOVE
+  if (void* moved = mremap(data, from, to, MREMAP_MAYMOVE); moved != MAP_FAILED) return static_cast<char*>(moved);
+#endif
+  return nullptr;
+}
+
 }  // namespace
 
 KRBuffer::~KRBuffer() {
@@ -53,6 +61,14 @@ void KRBuffer::swap(KRBuffer& other) noexcept {
 
 bool KRBuffer::reserve(size_t capacity) noexcept {
   if (capacity <= capacity_ && data_ != nullptr) return true;
+  if (capacity_ >= kWhole && capacity <= SIZE_MAX - kLargePage) {
+    const size_t whole = wholePages(capacity);
+    if (char* larger = movedPages(data_, capacity_, whole)) {
+      data_ = larger;
+      capacity_ = whole;
+      return true;
+    }
+  }
   char* larger = takeMemory(capacity);
   if (larger == nullptr) return false;
   if (size_ != 0) std::memcpy(larger, data_, size_);
@@ -62,6 +78,13 @@ bool KRBuffer::reserve(size_t capacity) noexcept {
   return true;
 }
 
+bool KRBuffer::growToHold(size_t more) noexcept {
+  if (more > SIZE_MAX / 2 - size_) return false;
+  // Of memory that is large already, less is put by: growing it again costs no copy, and room may be counted.
+  const size_t spare = capacity_ < kWhole ? capacity_ : capacity_ / 4;
+  return reserve(std::max(size_ + more, capacity_ + spare));
+}
+
 void KRBuffer::setSize(size_t size) noexcept {
   if (size > capacity_) KRFatal("the size of a buffer was set beyond its capacity");
   size_ = size;
@@ -69,10 +92,7 @@ void KRBuffer::setSize(size_t size) noexcept {
 
 bool KRBuffer::append(std::string_view bytes) noexcept {
   if (bytes.empty()) return true;
-  if (bytes.size() > capacity_ - size_) {
-    if (bytes.size() > SIZE_MAX / 2 - size_) return false;
-    if (!reserve(std::max(size_ + bytes.size(), capacity_ * 2))) return false;
-  }
+  if (!grow(bytes.size())) return false;
   std::memcpy(data_ + size_, bytes.data(), bytes.size());
   size_ += bytes.size();
   return true;

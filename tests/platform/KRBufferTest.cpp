@@ -18,6 +18,21 @@ TEST(KRBuffer, GrowsAndKeepsItsBytesAcrossKindsOfMemory) {
   EXPECT_TRUE(buffer.view() == expected);
 }
 
+TEST(KRBuffer, MakesRoomForSoManyMoreBytesAndKeepsWhatIsThere) {
+  KRBuffer buffer;
+  ASSERT_TRUE(buffer.grow(0));
+  ASSERT_NE(buffer.data(), nullptr);
+  ASSERT_TRUE(buffer.append("kept"));
+  for (size_t more = 1; more < (size_t{64} << 20U); more *= 3) {
+    ASSERT_TRUE(buffer.grow(more));
+    EXPECT_GE(buffer.capacity(), 4 + more);
+    EXPECT_EQ(buffer.view(), "kept");
+  }
+  EXPECT_FALSE(buffer.grow(SIZE_MAX));
+  EXPECT_FALSE(buffer.grow(SIZE_MAX / 4));
+  EXPECT_EQ(buffer.view(), "kept");
+}
+
 TEST(KRBuffer, MovingLeavesTheBytesWhereTheyAre) {
   KRBuffer buffer;
   ASSERT_TRUE(buffer.append("text"));
