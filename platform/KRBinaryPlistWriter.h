@@ -1,9 +1,11 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
 #include "platform/KRBinaryPlist.h"
+#include "platform/KRBinaryPlistBytes.h"
 #include "platform/KRHashIndex.h"
 
 /// Writes the binary form of one property list; a part of `KRBinaryPlist`, which is what callers use.
@@ -29,12 +31,9 @@ class KRBinaryPlistWriter {
   uint64_t hash(const Value& value) const;
   bool isSame(const Value& a, const Value& b) const;
 
-  void writeValue(const Value& value);
-  void writeText(std::string_view text);
-  void writeLinks(const Value& value, size_t count);
-  void writeInteger(int64_t value);
-  void writeMarker(unsigned type, uint64_t count);
-  void writeNumber(uint64_t value, unsigned size);
+  void writeValue(const Value& value, KRBinaryPlistBytes& bytes);
+  /// The numbers of what a container holds; valid until the next call.
+  std::span<const Node> numbersOf(const Value& value, size_t count);
 
   const KRBinaryPlist& list_;
   /// The number of each value in the file, `kNone` for those that have none (yet).
@@ -45,6 +44,5 @@ class KRBinaryPlistWriter {
   KRHashIndex scalars_;
   /// The same for references, which in archives are many and small: by the place that they refer to.
   std::vector<Node> uids_;
-  unsigned referenceSize_ = 1;
-  std::string bytes_;
+  std::vector<Node> linked_;
 };

@@ -11,13 +11,20 @@
 /// here: the caller compares. Eight bytes a number, without memory of its own for each, so that large archives are
 /// written at nearly the same speed for each object as small ones.
 ///
+/// The upper half of a hash says where its number stands. Where those of some hashes follow one another, their numbers
+/// stand side by side.
+///
 /// A caller with many numbers to look for asks for the slots of some of them first (`prefetch`, then `likely`), so that
 /// it waits for memory once and not for each.
 class KRHashIndex {
  public:
   static constexpr uint32_t kNone = 0xFFFFFFFFU;
 
+  /// How full a table may become before it grows: half is fastest, three quarters takes less memory in the long run.
+  enum class Fill : uint8_t { Half, ThreeQuarters };
+
   KRHashIndex() noexcept = default;
+  explicit KRHashIndex(Fill fill) noexcept : fill_(fill) {}
   KRHashIndex(KRHashIndex&& other) noexcept { swap(other); }
   KRHashIndex& operator=(KRHashIndex other) noexcept {
     swap(other);
@@ -49,7 +56,7 @@ class KRHashIndex {
 
   /// Adds a number that is not there yet.
   void add(uint64_t hash, uint32_t number) {
-    if ((count_ + 1) * 2 > size_) resize(size_ == 0 ? 64 : size_ * 2);
+    if (count_ >= most(size_)) resize(size_ == 0 ? 64 : size_ * 2);
     put({tagOf(hash), ~number});
     ++count_;
   }
@@ -57,7 +64,7 @@ class KRHashIndex {
   /// Makes room for so many numbers in all. Room that is not used costs next to nothing.
   void reserve(size_t count) {
     size_t size = 64;
-    while (size < count * 2) size *= 2;
+    while (most(size) < count) size *= 2;
     if (size > size_) resize(size);
   }
 
@@ -70,6 +77,7 @@ class KRHashIndex {
   };
 
   static uint32_t tagOf(uint64_t hash) noexcept { return static_cast<uint32_t>(hash >> 32U); }
+  size_t most(size_t size) const noexcept { return fill_ == Fill::Half ? size / 2 : size / 4 * 3; }
   size_t mask() const noexcept { return size_ - 1; }
   Slot* slots() const noexcept { return static_cast<Slot*>(memory_.data()); }
 
@@ -93,10 +101,12 @@ class KRHashIndex {
     std::swap(memory_, other.memory_);
     std::swap(size_, other.size_);
     std::swap(count_, other.count_);
+    std::swap(fill_, other.fill_);
   }
 
   KRZeroMemory memory_;
-  /// A power of two, at most half of which is taken; 0 at first.
+  /// A power of two; 0 at first.
   size_t size_ = 0;
   size_t count_ = 0;
+  Fill fill_ = Fill::Half;
 };

@@ -1,163 +1,238 @@
 #include "platform/KRKeyedArchiver.h"
 
 #include <algorithm>
-#include <bit>
+#include <new>
+#include <utility>
 
 #include "platform/KRArchiveFormat.h"
+#include "platform/KRBinaryPlist.h"
 #include "platform/KRHash.h"
 
 namespace format = KRArchiveFormat;
 
 namespace {
 
+/// Nobody knows before how many values there will be.
+constexpr unsigned kReferenceSize = 4;
+/// So many can be named with references of two bytes.
+constexpr size_t kMostOfSmall = size_t{1} << 16U;
+
 /// One number for each date, for the table of those already written.
 int32_t dateNumber(const KRDate& date) {
   return (date.year().value_or(-1) * 16 + date.month()) * 32 + date.day();
 }
 
+/// Objects that stand side by side in memory do so in the index too: they are often met together, and the index of a
+/// large archive is too large for any cache. Only a few, since whole stretches of it would run full.
+uint64_t hashOf(const KRObject* object) {
+  constexpr unsigned kAlignment = 4;
+  constexpr unsigned kNeighbours = 4;
+  constexpr uint64_t kLow = (uint64_t{1} << kNeighbours) - 1;
+  const auto address = reinterpret_cast<uintptr_t>(object);
+  const uint64_t far = krHashMix(address >> (kAlignment + kNeighbours), 0);
+  return (far & ~(kLow << 32U)) | (((address >> kAlignment) & kLow) << 32U);
+}
+
+/// What the engine itself has lists, maps and bytes for; any other object has a class name.
+bool isContainerOrData(const KRObject& object) {
+  return dynamic_cast<const KRValueList*>(&object) != nullptr || dynamic_cast<const KRValueMap*>(&object) != nullptr ||
+         dynamic_cast<const KRData*>(&object) != nullptr;
+}
+
+/// An archive with references, and an order, that fit its size.
+KRBuffer smallest(KRBuffer archive) {
+  const auto list = KRBinaryPlist::read(archive);
+  if (!list) return archive;
+  KRBuffer small;
+  if (!small.append(list->write())) throw std::bad_alloc();
+  return small;
+}
+
 }  // namespace
 
-KRKeyedArchiver::KRKeyedArchiver() {
-  objects_.push_back(plist_.addText(format::kNull));
+KRKeyedArchiver::KRKeyedArchiver() : bytes_(kReferenceSize) {
+  objects_.append(once(bytes_.addText(format::kNull)).number);
+}
+
+KRBuffer KRKeyedArchiver::archive(const KRValue& root) {
+  return KRKeyedArchiver().finish(root);
 }
 
 std::string KRKeyedArchiver::archivedData(const KRValue& root) {
-  return KRKeyedArchiver().finish(root);
+  return std::string(archive(root).view());
 }
 
 bool KRKeyedArchiver::canArchive(const KRValue& value) {
   const KRObject* object = value.object();
   if (object == nullptr) return !value.isNothing();
-  return dynamic_cast<const KRValueList*>(object) != nullptr || dynamic_cast<const KRValueMap*>(object) != nullptr ||
-         dynamic_cast<const KRData*>(object) != nullptr || !object->archiveClassName().isNothing();
+  return !object->archiveClassName().isNothing() || isContainerOrData(*object);
 }
 
-std::string KRKeyedArchiver::finish(const KRValue& root) {
-  const Node rootReference = reference(root);
+KRBuffer KRKeyedArchiver::finish(const KRValue& root) {
+  const Number rootReference = reference(root);
+  writeBodies();
+  const Number top = writeTop(rootReference);
+  const bool isSmall = bytes_.count() <= kMostOfSmall;
+  KRBuffer archive = bytes_.finish(top);
+  return isSmall ? smallest(std::move(archive)) : std::move(archive);
+}
+
+void KRKeyedArchiver::writeBodies() {
+  size_t place = 0;
   for (size_t i = 0; i < queue_.size(); ++i) {
-    // Writing a body makes the queue grow, so nothing may refer into it.
-    const Kept next = queue_[i];
-    writeBody(next.place, *next.object);
+    // The queue grows meanwhile, but the object stays where it is.
+    const KRObject& object = *queue_[i];
+    while (objects_[place] != kNone) ++place;
+    objects_.set(place, writeBody(object));
+    if (object.hasOneReference() && isContainerOrData(object)) queue_[i] = nullptr;
   }
-  const Node rootKey = plist_.addText(format::kRootKey);
-  const Node keys[] = {plist_.addText(format::kArchiverKey), plist_.addText(format::kObjectsKey),
-                       plist_.addText(format::kTopKey), plist_.addText(format::kVersionKey)};
-  const Node values[] = {plist_.addText(format::kArchiver), plist_.addArray(objects_),
-                         plist_.addDictionary({&rootKey, 1}, {&rootReference, 1}), plist_.addInteger(format::kVersion)};
-  plist_.setRoot(plist_.addDictionary(keys, values));
-  return plist_.write();
+  queue_ = decltype(queue_)();
+  queueReferences_ = KRNumberList();
+  queueIndex_ = KRHashIndex();
 }
 
-uint32_t KRKeyedArchiver::newPlace(Node node) {
-  objects_.push_back(node);
-  return static_cast<uint32_t>(objects_.size() - 1);
+KRKeyedArchiver::Number KRKeyedArchiver::writeTop(Number rootReference) {
+  const Number rootKey = keyNumber(format::kRootKey);
+  const Number keys[] = {keyNumber(format::kArchiverKey), keyNumber(format::kObjectsKey), keyNumber(format::kTopKey),
+                         keyNumber(format::kVersionKey)};
+  const Number archiver = once(bytes_.addText(format::kArchiver)).number;
+  const Number version = once(bytes_.addInteger(format::kVersion)).number;
+  scalars_ = decltype(scalars_)();
+  scalarIndex_ = KRHashIndex();
+  const Number objects = bytes_.addArray(objects_.all());
+  objects_ = KRNumberList();
+  const Number values[] = {archiver, objects, bytes_.addDictionary({&rootKey, 1}, {&rootReference, 1}), version};
+  return bytes_.addDictionary(keys, values);
 }
 
-uint32_t KRKeyedArchiver::place(const KRValue& value) {
-  if (KRObject* object = value.object()) return placeOfObject(object);
-  if (const KRDate* date = value.asDate()) return placeOfDate(*date);
-  if (const KRString* text = value.asText()) return placeOfText(*text);
-  if (const bool* truth = value.asTruth()) {
-    uint32_t& known = placeOfTruth_[*truth ? 1 : 0];
-    if (known == 0) known = newPlace(plist_.addTruth(*truth));
-    return known;
-  }
-  if (const int64_t* whole = value.asWhole()) {
-    const auto [found, isNew] = placeOfWhole_.try_emplace(*whole, 0);
-    if (isNew) found->second = newPlace(plist_.addInteger(*whole));
-    return found->second;
-  }
-  if (const double* number = value.asNumber()) {
-    const auto [found, isNew] = placeOfNumber_.try_emplace(std::bit_cast<uint64_t>(*number), 0);
-    if (isNew) found->second = newPlace(plist_.addReal(*number));
-    return found->second;
-  }
-  return 0;
+KRKeyedArchiver::Number KRKeyedArchiver::reference(const KRValue& value) {
+  if (KRObject* object = value.object()) return referenceToObject(object);
+  if (const KRString* text = value.asText()) return referenceToScalar(bytes_.addText(*text));
+  if (const KRDate* date = value.asDate()) return referenceToDate(*date);
+  if (const bool* truth = value.asTruth()) return referenceToScalar(bytes_.addTruth(*truth));
+  if (const int64_t* whole = value.asWhole()) return referenceToScalar(bytes_.addInteger(*whole));
+  if (const double* number = value.asNumber()) return referenceToScalar(bytes_.addReal(*number));
+  return referenceToNothing();
 }
 
-uint32_t KRKeyedArchiver::placeOfObject(KRObject* object) {
-  const auto address = reinterpret_cast<uintptr_t>(object);
-  const uint64_t hash = krHashBytes(&address, sizeof address);
-  const uint32_t known = queueIndex_.find(hash, [&](uint32_t number) { return queue_[number].object.get() == object; });
-  if (known != KRHashIndex::kNone) return queue_[known].place;
+KRKeyedArchiver::Number KRKeyedArchiver::referenceToNothing() {
+  if (nothing_ == kNone) nothing_ = bytes_.addUid(0);
+  return nothing_;
+}
+
+KRKeyedArchiver::Number KRKeyedArchiver::referenceToObject(KRObject* object) {
+  const uint64_t hash = hashOf(object);
+  const uint32_t known = queueIndex_.find(hash, [&](uint32_t number) { return queue_[number].get() == object; });
+  if (known != KRHashIndex::kNone) return queueReferences_[known];
   KRRef<KRObject> kept(object);
-  if (!canArchive(kept)) return 0;
-  const uint32_t place = newPlace(KRBinaryPlist::kNone);
+  if (!canArchive(kept)) return referenceToNothing();
+  const Number made = newReference(kNone);
   queueIndex_.add(hash, static_cast<uint32_t>(queue_.size()));
-  queue_.push_back({std::move(kept), place});
-  return place;
+  queue_.push_back(std::move(kept));
+  queueReferences_.append(made);
+  return made;
 }
 
-uint32_t KRKeyedArchiver::placeOfText(KRText text) {
-  const uint64_t hash = text.hash();
-  const uint32_t known =
-      textIndex_.find(hash, [&](uint32_t place) { return plist_.text(objects_[place]).view() == text.view(); });
-  if (known != KRHashIndex::kNone) return known;
-  const uint32_t place = newPlace(plist_.addText(text));
-  textIndex_.add(hash, place);
-  return place;
-}
-
-uint32_t KRKeyedArchiver::placeOfDate(const KRDate& date) {
-  const auto [found, isNew] = placeOfDate_.try_emplace(dateNumber(date), 0);
+KRKeyedArchiver::Number KRKeyedArchiver::referenceToDate(const KRDate& date) {
+  const auto [found, isNew] = dates_.try_emplace(dateNumber(date), kNone);
   if (!isNew) return found->second;
-  std::vector<Node> keys;
-  std::vector<Node> values;
-  const auto set = [&](KRText key, Node value) {
-    keys.push_back(keyNode(key));
+  std::vector<Number> keys;
+  std::vector<Number> values;
+  const auto set = [&](KRText key, Number value) {
+    keys.push_back(keyNumber(key));
     values.push_back(value);
   };
-  if (date.hasYear()) set(format::kYearKey, plist_.addInteger(*date.year()));
-  set(format::kMonthKey, plist_.addInteger(date.month()));
-  set(format::kDayKey, plist_.addInteger(date.day()));
-  set(format::kClassKey, plist_.addUid(placeOfClass(format::kCalendarDate, nullptr)));
-  found->second = newPlace(plist_.addDictionary(keys, values));
+  if (date.hasYear()) set(format::kYearKey, once(bytes_.addInteger(*date.year())).number);
+  set(format::kMonthKey, once(bytes_.addInteger(date.month())).number);
+  set(format::kDayKey, once(bytes_.addInteger(date.day())).number);
+  set(format::kClassKey, referenceToClass(format::kCalendarDate, nullptr));
+  found->second = newReference(bytes_.addDictionary(keys, values));
   return found->second;
 }
 
-uint32_t KRKeyedArchiver::placeOfClass(KRText name, KRText base) {
-  const auto [found, isNew] = placeOfClass_.try_emplace(KRString(name), 0);
-  if (!isNew) return found->second;
-  std::vector<Node> chain = {keyNode(name)};
-  if (!base.isNothing()) chain.push_back(keyNode(base));
-  chain.push_back(keyNode(format::kRootClass));
-  const Node keys[] = {keyNode(format::kClassesKey), keyNode(format::kClassNameKey)};
-  const Node values[] = {plist_.addArray(chain), keyNode(name)};
-  found->second = newPlace(plist_.addDictionary(keys, values));
-  return found->second;
+KRKeyedArchiver::Number KRKeyedArchiver::referenceToScalar(Number fresh) {
+  Scalar& scalar = once(fresh);
+  if (scalar.reference == kNone) scalar.reference = newReference(scalar.number);
+  return scalar.reference;
 }
 
-void KRKeyedArchiver::writeBody(uint32_t place, const KRObject& object) {
-  if (const auto* data = dynamic_cast<const KRData*>(&object)) {
-    objects_[place] = plist_.addData(data->bytes());
-    return;
+KRKeyedArchiver::Number KRKeyedArchiver::referenceToClass(KRText name, KRText base) {
+  if (const auto known = classes_.find(name); known != classes_.end()) return known->second;
+  std::vector<Number> chain = {keyNumber(name)};
+  if (!base.isNothing()) chain.push_back(keyNumber(base));
+  chain.push_back(keyNumber(format::kRootClass));
+  const Number keys[] = {keyNumber(format::kClassesKey), keyNumber(format::kClassNameKey)};
+  const Number values[] = {bytes_.addArray(chain), keyNumber(name)};
+  const Number made = newReference(bytes_.addDictionary(keys, values));
+  classes_.emplace(KRString(name), made);
+  return made;
+}
+
+KRKeyedArchiver::Number KRKeyedArchiver::newReference(Number value) {
+  const size_t place = objects_.count();
+  objects_.append(value);
+  return bytes_.addUid(place);
+}
+
+KRKeyedArchiver::Scalar& KRKeyedArchiver::once(Number fresh) {
+  const std::string_view written = bytes_.from(fresh);
+  const uint64_t hash = krHashBytes(written.data(), written.size());
+  const uint32_t known =
+      scalarIndex_.find(hash, [&](uint32_t place) { return bytes_.from(scalars_[place].number).starts_with(written); });
+  if (known != KRHashIndex::kNone) {
+    bytes_.removeLast();
+    return scalars_[known];
   }
+  scalarIndex_.add(hash, static_cast<uint32_t>(scalars_.size()));
+  return scalars_.emplace_back(Scalar{fresh});
+}
+
+KRKeyedArchiver::Number KRKeyedArchiver::keyNumber(KRText text) {
+  // Most keys are constants of the program, so what stood at an address is likely to stand there still.
+  const auto address = reinterpret_cast<uintptr_t>(text.data());
+  const Keys::value_type*& recent = recentKeys_[(address ^ (address >> 6U)) % recentKeys_.size()];
+  if (recent != nullptr && sameText(recent->first, text)) return recent->second;
+  auto known = keys_.find(text);
+  if (known == keys_.end()) known = keys_.emplace(KRString(text), once(bytes_.addText(text)).number).first;
+  recent = &*known;
+  return known->second;
+}
+
+KRKeyedArchiver::Number KRKeyedArchiver::fieldKey(KRText key) {
+  std::string room;
+  return keyNumber(format::escaped(key, room));
+}
+
+KRKeyedArchiver::Number KRKeyedArchiver::writeBody(const KRObject& object) {
   fieldKeys_.clear();
   fieldValues_.clear();
-  Node record = KRBinaryPlist::kNone;
+  if (const KRText className = object.archiveClassName(); !className.isNothing()) {
+    object.encodeWithCoder(*this);
+    return closeRecord(className, nullptr);
+  }
   if (const auto* list = dynamic_cast<const KRValueList*>(&object)) {
     writeList(*list);
-    record = closeRecord("NSMutableArray", "NSArray");
-  } else if (const auto* map = dynamic_cast<const KRValueMap*>(&object)) {
-    writeMap(*map);
-    record = closeRecord("NSMutableDictionary", "NSDictionary");
-  } else {
-    object.encodeWithCoder(*this);
-    record = closeRecord(object.archiveClassName(), nullptr);
+    return closeRecord("NSMutableArray", "NSArray");
   }
-  objects_[place] = record;
+  if (const auto* map = dynamic_cast<const KRValueMap*>(&object)) {
+    writeMap(*map);
+    return closeRecord("NSMutableDictionary", "NSDictionary");
+  }
+  const auto* data = dynamic_cast<const KRData*>(&object);
+  return once(bytes_.addData(data->bytes())).number;
 }
 
 void KRKeyedArchiver::writeList(const KRValueList& list) {
-  std::vector<Node> elements;
+  std::vector<Number> elements;
   elements.reserve(list.values().size());
   for (const KRValue& value : list.values()) elements.push_back(reference(value));
-  setField(keyNode(format::kElementsKey), plist_.addArray(elements));
+  const Number key = keyNumber(format::kElementsKey);
+  setField(key, bytes_.addArray(elements));
 }
 
 void KRKeyedArchiver::writeMap(const KRValueMap& map) {
-  std::vector<Node> keys;
-  std::vector<Node> values;
+  std::vector<Number> keys;
+  std::vector<Number> values;
   keys.reserve(map.entries().size());
   values.reserve(map.entries().size());
   for (const KRValueMap::Entry& entry : map.entries()) {
@@ -165,48 +240,33 @@ void KRKeyedArchiver::writeMap(const KRValueMap& map) {
     keys.push_back(reference(entry.key));
     values.push_back(reference(entry.value));
   }
-  setField(keyNode(format::kKeysKey), plist_.addArray(keys));
-  setField(keyNode(format::kElementsKey), plist_.addArray(values));
+  const Number keysKey = keyNumber(format::kKeysKey);
+  setField(keysKey, bytes_.addArray(keys));
+  const Number elementsKey = keyNumber(format::kElementsKey);
+  setField(elementsKey, bytes_.addArray(values));
 }
 
 void KRKeyedArchiver::encode(const KRValue& value, KRText forKey) {
-  setField(fieldKey(forKey), reference(value));
+  const Number key = fieldKey(forKey);
+  setField(key, reference(value));
 }
 
 void KRKeyedArchiver::encodeInteger(int64_t value, KRText forKey) {
-  setField(fieldKey(forKey), plist_.addInteger(value));
+  const Number key = fieldKey(forKey);
+  setField(key, once(bytes_.addInteger(value)).number);
 }
 
 void KRKeyedArchiver::encodeBool(bool value, KRText forKey) {
-  setField(fieldKey(forKey), plist_.addTruth(value));
+  const Number key = fieldKey(forKey);
+  setField(key, once(bytes_.addTruth(value)).number);
 }
 
 void KRKeyedArchiver::encodeNumber(double value, KRText forKey) {
-  setField(fieldKey(forKey), plist_.addReal(value));
+  const Number key = fieldKey(forKey);
+  setField(key, once(bytes_.addReal(value)).number);
 }
 
-KRBinaryPlist::Node KRKeyedArchiver::reference(const KRValue& value) {
-  const uint32_t to = place(value);
-  if (to >= references_.size()) references_.resize(objects_.size(), KRBinaryPlist::kNone);
-  Node& known = references_[to];
-  if (known == KRBinaryPlist::kNone) known = plist_.addUid(to);
-  return known;
-}
-
-KRBinaryPlist::Node KRKeyedArchiver::fieldKey(KRText key) {
-  std::string room;
-  return keyNode(format::escaped(key, room));
-}
-
-KRBinaryPlist::Node KRKeyedArchiver::keyNode(KRText text) {
-  const auto known = keys_.find(text);
-  if (known != keys_.end()) return known->second;
-  const Node node = plist_.addText(text);
-  keys_.emplace(KRString(text), node);
-  return node;
-}
-
-void KRKeyedArchiver::setField(Node key, Node value) {
+void KRKeyedArchiver::setField(Number key, Number value) {
   const auto known = std::find(fieldKeys_.begin(), fieldKeys_.end(), key);
   if (known != fieldKeys_.end()) {
     fieldValues_[static_cast<size_t>(known - fieldKeys_.begin())] = value;
@@ -216,7 +276,8 @@ void KRKeyedArchiver::setField(Node key, Node value) {
   }
 }
 
-KRBinaryPlist::Node KRKeyedArchiver::closeRecord(KRText className, KRText base) {
-  setField(keyNode(format::kClassKey), plist_.addUid(placeOfClass(className, base)));
-  return plist_.addDictionary(fieldKeys_, fieldValues_);
+KRKeyedArchiver::Number KRKeyedArchiver::closeRecord(KRText className, KRText base) {
+  const Number key = keyNumber(format::kClassKey);
+  setField(key, referenceToClass(className, base));
+  return bytes_.addDictionary(fieldKeys_, fieldValues_);
 }

@@ -1,13 +1,16 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-#include "platform/KRBinaryPlist.h"
+#include "platform/KRBinaryPlistBytes.h"
+#include "platform/KRBuffer.h"
 #include "platform/KRHashIndex.h"
+#include "platform/KRNumberList.h"
 #include "platform/KRValue.h"
 
 /// Writes values and the objects that they refer to into a keyed archive: a binary property list with the entries
@@ -25,10 +28,19 @@
 /// numbers are written once too. Bodies are written from a queue, not by recursion: nesting may have any depth, and the
 /// time is linear in what is written.
 ///
+/// Values go into the file's bytes as they are met, with references of four bytes, and what is kept besides is a few
+/// numbers for each: a large archive takes little more memory than its bytes. One of at most 65,536 values is brought
+/// into the smallest form that the format has for it, in which it begins with the root and goes on level by level.
+///
+/// Where there is no memory for the archive, or it would have more than 4,294,967,295 values, `std::bad_alloc` is
+/// thrown.
+///
 /// One archiver writes one archive, on one thread; what it writes must not change meanwhile.
 class KRKeyedArchiver {
  public:
   /// The archive of the value.
+  static KRBuffer archive(const KRValue& root);
+  /// The same as a text of bytes, for archives that are small.
   static std::string archivedData(const KRValue& root);
 
   /// Whether the value is written as something: not nothing, and no object without an `archiveClassName`.
@@ -47,49 +59,64 @@ class KRKeyedArchiver {
   void encodeNumber(double value, KRText forKey);
 
  private:
-  using Node = KRBinaryPlist::Node;
+  using Number = KRBinaryPlistBytes::Number;
+  static constexpr Number kNone = KRBinaryPlistBytes::kNone;
 
-  KRKeyedArchiver();
-  std::string finish(const KRValue& root);
-  /// The place of the value in "$objects"; a new one is reserved for what is met for the first time.
-  uint32_t place(const KRValue& value);
-  uint32_t placeOfObject(KRObject* object);
-  uint32_t placeOfDate(const KRDate& date);
-  uint32_t placeOfText(KRText text);
-  /// The place of the record of a class; `base` stands between it and the root class, or is nothing.
-  uint32_t placeOfClass(KRText name, KRText base);
-  uint32_t newPlace(Node node);
-  void writeBody(uint32_t place, const KRObject& object);
-  void writeList(const KRValueList& list);
-  void writeMap(const KRValueMap& map);
-  Node reference(const KRValue& value);
-  Node keyNode(KRText text);
-  Node fieldKey(KRText key);
-  /// Sets a field of the record being written; `closeRecord` makes the record of them.
-  void setField(Node key, Node value);
-  Node closeRecord(KRText className, KRText base);
+  using Keys = std::unordered_map<KRString, Number, KRTextHash, KRTextEqual>;
 
-  /// An object that has a place. It is kept until the end, so that no other object gets its address meanwhile.
-  struct Kept {
-    KRRef<KRObject> object;
-    uint32_t place = 0;
+  /// What is written once for all that are equal to it: texts, numbers, truth and data.
+  struct Scalar {
+    Number number;
+    /// The reference to it, `kNone` while it is only used by its number.
+    Number reference = kNone;
   };
 
-  KRBinaryPlist plist_;
-  std::vector<Node> objects_;
-  /// All objects met, in the order in which their bodies are written.
-  std::vector<Kept> queue_;
-  /// Finds the objects in the queue, and texts by their places.
-  KRHashIndex queueIndex_;
-  KRHashIndex textIndex_;
-  /// The reference to each place, made when it is first referred to.
-  std::vector<Node> references_;
-  std::unordered_map<KRString, uint32_t, KRTextHash, KRTextEqual> placeOfClass_;
-  std::unordered_map<KRString, Node, KRTextHash, KRTextEqual> keys_;
-  std::unordered_map<int64_t, uint32_t> placeOfWhole_;
-  std::unordered_map<uint64_t, uint32_t> placeOfNumber_;
-  std::unordered_map<int32_t, uint32_t> placeOfDate_;
-  uint32_t placeOfTruth_[2] = {0, 0};
-  std::vector<Node> fieldKeys_;
-  std::vector<Node> fieldValues_;
+  KRKeyedArchiver();
+  KRBuffer finish(const KRValue& root);
+  void writeBodies();
+  Number writeTop(Number rootReference);
+
+  /// The reference to a value. What is met for the first time gets the next place in "$objects".
+  Number reference(const KRValue& value);
+  Number referenceToNothing();
+  Number referenceToObject(KRObject* object);
+  Number referenceToDate(const KRDate& date);
+  Number referenceToScalar(Number fresh);
+  /// The record of a class; `base` stands between it and the root class, or is nothing.
+  Number referenceToClass(KRText name, KRText base);
+  /// The reference to a new place, at which the value stands; `kNone` for one that is written later.
+  Number newReference(Number value);
+
+  /// The scalar that was added last. One that was there already takes its place, and the new one is taken back.
+  Scalar& once(Number fresh);
+  Number keyNumber(KRText text);
+  Number fieldKey(KRText key);
+
+  Number writeBody(const KRObject& object);
+  void writeList(const KRValueList& list);
+  void writeMap(const KRValueMap& map);
+  /// Sets a field of the record being written; `closeRecord` makes the record of them.
+  void setField(Number key, Number value);
+  Number closeRecord(KRText className, KRText base);
+
+  KRBinaryPlistBytes bytes_;
+  /// The value at each place of "$objects", `kNone` for objects whose bodies are still to be written.
+  KRNumberList objects_;
+  /// All objects met, in the order in which their bodies are written, which is that of their places; and the references
+  /// to them. They are kept until the end, so that no other object gets the address of one meanwhile; lists and the
+  /// like that nobody else has are let go of once they are written, and leave nothing.
+  std::vector<KRRef<KRObject>> queue_;
+  KRNumberList queueReferences_;
+  KRHashIndex queueIndex_{KRHashIndex::Fill::ThreeQuarters};
+  std::vector<Scalar> scalars_;
+  KRHashIndex scalarIndex_{KRHashIndex::Fill::ThreeQuarters};
+  /// The number of each text that is a key; some of them are found by where the key stands in memory.
+  Keys keys_;
+  std::array<const Keys::value_type*, 64> recentKeys_{};
+  /// The references to classes and dates.
+  Keys classes_;
+  std::unordered_map<int32_t, Number> dates_;
+  Number nothing_ = kNone;
+  std::vector<Number> fieldKeys_;
+  std::vector<Number> fieldValues_;
 };

@@ -40,10 +40,10 @@ TEST(KRHashIndex, KeepsTheSmallestAndTheLargestNumber) {
   EXPECT_EQ(index.find(2, [](uint32_t each) { return each == KRHashIndex::kNone - 1; }), KRHashIndex::kNone - 1);
 }
 
-TEST(KRHashIndex, AgreesWithAMapWhetherRoomWasMadeOrNot) {
+void expectToAgreeWithAMap(KRHashIndex::Fill fill) {
   std::mt19937_64 random(3);
   for (const size_t reserved : {size_t{0}, size_t{10}, size_t{5000}}) {
-    KRHashIndex index;
+    KRHashIndex index(fill);
     index.reserve(reserved);
     std::map<uint64_t, uint32_t> expected;
     std::vector<uint64_t> values;
@@ -58,6 +58,11 @@ TEST(KRHashIndex, AgreesWithAMapWhetherRoomWasMadeOrNot) {
       values.push_back(value);
     }
   }
+}
+
+TEST(KRHashIndex, AgreesWithAMapWhetherRoomWasMadeOrNot) {
+  expectToAgreeWithAMap(KRHashIndex::Fill::Half);
+  expectToAgreeWithAMap(KRHashIndex::Fill::ThreeQuarters);
 }
 
 TEST(KRHashIndex, MovesAndCanBeUsedAnew) {

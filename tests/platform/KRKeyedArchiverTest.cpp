@@ -3,13 +3,12 @@
 #include <gtest/gtest.h>
 #include <plist/plist.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <random>
 
+#include "tests/support/KRArchivePeer.h"
 #include "tests/support/KRArchivedNode.h"
 #include "tests/support/KRPlistTrees.h"
-#include "tests/support/KRTestFolder.h"
-#include "tests/support/KRTestPaths.h"
 
 namespace {
 
@@ -19,17 +18,6 @@ KRRef<KRValueList> listOf(std::vector<KRValue> values) {
 
 std::optional<KRValue> again(const KRValue& value) {
   return KRKeyedUnarchiver::unarchive(KRKeyedArchiver::archivedData(value), KRArchivedNode::classes());
-}
-
-/// What another program sees in the archive: every value with its class chain, from the root.
-std::string seenByPeer(const std::string& archive) {
-  const KRTestFolder folder;
-  folder.put("archive", archive);
-  FILE* pipe = popen(
-      ("python3 '" KR_SOURCE_DIR "/tests/platform/plist_peer.py' archive '" + folder.at("archive") + "'").c_str(), "r");
-  std::string text;
-  for (int c = getc(pipe); c != EOF; c = getc(pipe)) text += static_cast<char>(c);
-  return pclose(pipe) == 0 ? text.substr(0, text.find('\n')) : "refused";
 }
 
 /// An object that may belong to another, which keeps it.
@@ -98,7 +86,7 @@ TEST(KRKeyedArchiver, LooksToOtherProgramsLikeAnyKeyedArchive) {
   node->weight = 0.5;
   node->value = listOf({KRValue(), node->name, map, krMake<KRData>("d"), *KRDate::make(std::nullopt, 3, 2),
                         KRValue::truth(true), KRValue::whole(7), KRValue::number(0.5)});
-  EXPECT_EQ(seenByPeer(KRKeyedArchiver::archivedData(listOf({node, node}))),
+  EXPECT_EQ(krSeenByPeer(KRKeyedArchiver::archivedData(listOf({node, node}))),
             "NSMutableArray>NSArray>NSObject{NS.objects=("
             "KRArchivedNode>NSObject{flag=f name=s6e number=i7 value="
             "NSMutableArray>NSArray>NSObject{NS.objects=("
@@ -192,7 +180,7 @@ TEST(KRKeyedArchiver, EscapesKeysThatAreTheFormatsOwn) {
     coder.encode("mine"_kr, "$class");
     coder.encodeInteger(4, "$$");
   }));
-  EXPECT_EQ(seenByPeer(archive), "Encoder>NSObject{$$$=i4 $$class=s" + KRPlistTrees::hex("mine") + "}");
+  EXPECT_EQ(krSeenByPeer(archive), "Encoder>NSObject{$$$=i4 $$class=s" + KRPlistTrees::hex("mine") + "}");
   static constexpr KRArchiveClass kClasses[] = {{"Encoder", [](KRKeyedUnarchiver& coder) -> KRRef<KRObject> {
                                                    EXPECT_TRUE(coder.contains("$$"));
                                                    EXPECT_FALSE(coder.contains("$"));
@@ -205,7 +193,7 @@ TEST(KRKeyedArchiver, EscapesKeysThatAreTheFormatsOwn) {
 }
 
 TEST(KRKeyedArchiver, LetsTheLastValueOfAKeyCount) {
-  EXPECT_EQ(seenByPeer(KRKeyedArchiver::archivedData(krMake<Encoder>([](KRKeyedArchiver& coder) {
+  EXPECT_EQ(krSeenByPeer(KRKeyedArchiver::archivedData(krMake<Encoder>([](KRKeyedArchiver& coder) {
               coder.encodeInteger(1, "a");
               coder.encodeInteger(2, "b");
               coder.encodeBool(true, "a");
@@ -309,9 +297,50 @@ TEST(KRKeyedArchiver, WritesRandomGraphsSoThatTheyReadTheSame) {
     EXPECT_LE(second.size(), archive.size()) << seed;
     EXPECT_TRUE(KRKeyedArchiver::archivedData(*again(*read)) == second) << seed;
     if (seed < 5) {
-      EXPECT_NE(seenByPeer(archive), "refused") << seed;
+      EXPECT_NE(krSeenByPeer(archive), "refused") << seed;
     }
   }
+}
+
+/// Encodes a list that nobody else has, with the next link in it.
+class Link : public KRObject {
+ public:
+  class Passing : public KRValueList {
+   public:
+    explicit Passing(std::vector<KRValue> values) : KRValueList(std::move(values)) { ++there; }
+    ~Passing() override { --there; }
+    static inline int there = 0;
+  };
+
+  explicit Link(int left) : left_(left) {}
+  KRText archiveClassName() const override { return "Link"; }
+  void encodeWithCoder(KRKeyedArchiver& coder) const override {
+    most = std::max(most, Passing::there);
+    if (left_ > 0) coder.encode(krMake<Passing>(std::vector<KRValue>{krMake<Link>(left_ - 1)}), "next");
+  }
+  static inline int most = 0;
+
+ private:
+  int left_;
+};
+
+TEST(KRKeyedArchiver, LetsGoOfListsThatNobodyElseHasAndTakesNoLaterOneForThem) {
+  constexpr int kLinks = 1000;
+  const std::string archive = KRKeyedArchiver::archivedData(krMake<Link>(kLinks));
+  EXPECT_LE(Link::most, 1);
+  EXPECT_EQ(Link::Passing::there, 0);
+  const auto plist = KRBinaryPlist::read(archive);
+  ASSERT_TRUE(plist);
+  // "$null", the links and their lists, and both classes.
+  EXPECT_EQ(plist->elements(plist->find(plist->root(), "$objects")).size(), 1U + (kLinks + 1) + kLinks + 2);
+}
+
+TEST(KRKeyedArchiver, TellsKeysApartThatStandAtTheSameAddressOneAfterTheOther) {
+  EXPECT_EQ(krSeenByPeer(KRKeyedArchiver::archivedData(krMake<Encoder>([](KRKeyedArchiver& coder) {
+              std::string key = "a";
+              for (; key[0] < 'd'; ++key[0]) coder.encodeInteger(key[0], std::string_view(key));
+            }))),
+            "Encoder>NSObject{a=i97 b=i98 c=i99}");
 }
 
 }  // namespace
