@@ -211,8 +211,8 @@ KRResult<size_t> KRTrashAddressBook::write(Persons persons) {
   auto list = krMake<KRValueList>();
   list->values().reserve(persons.size());
   for (const auto& person : persons) list->values().emplace_back(person);
-  if (KRResult<void> done = put(path, KRKeyedArchiver::archivedData(list), std::move(persons)); !done)
-    return done.error();
+  const KRBuffer archive = KRKeyedArchiver::archive(list);
+  if (KRResult<void> done = put(path, archive, std::move(persons)); !done) return done.error();
   isFileNew_ = !now;
   reading_ = {};
   return before;

@@ -110,9 +110,11 @@ Measured mergeSameNames(const std::string& path) {
 }
 
 Measured saveTrash(const std::string& path) {
-  const auto book = krBenchOpen(path);
   const auto trash = krMake<KRTrashAddressBook>();
-  for (IKRPerson& person : book->allPersons()) trash->addPerson(&person);
+  {
+    const auto book = krBenchOpen(path);
+    for (IKRPerson& person : book->allPersons()) trash->addPerson(&person);
+  }
   return timed([&] {
     if (const auto saved = trash->saveNow(); !saved) krBenchFail(saved.error().sentence);
     return trash->allPersonsCount();

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <new>
 #include <set>
 
 #include "contacts/KRAddressBookManager.h"
@@ -226,6 +227,29 @@ TEST_F(KRTrashAddressBookTest, ClearingWithoutSavingLeavesTheFile) {
 TEST_F(KRTrashAddressBookTest, AnEmptyTrashIsAnArchiveOfAnEmptyList) {
   trash()->save();
   EXPECT_EQ(content(), KRKeyedArchiver::archivedData(KRValue(krMake<KRValueList>())));
+}
+
+/// For which there is no memory left when it is written.
+class TooMuch : public KRTempPerson {
+ public:
+  TooMuch() : KRTempPerson("much"_kr) {}
+  void encodeWithCoder(KRKeyedArchiver&) const override { throw std::bad_alloc(); }
+};
+
+TEST_F(KRTrashAddressBookTest, WhereThereIsNoMemoryForTheArchiveTheFileStaysWhole) {
+  const auto book = trash();
+  book->addPerson(record("UID:ann\r\nN:Lee;Ann;;;\r\n").get());
+  ASSERT_TRUE(book->saveNow());
+  const std::string before = content();
+  const auto much = krMake<TooMuch>();
+  book->allPersons().append(much.get());
+  EXPECT_THROW(static_cast<void>(book->saveNow()), std::bad_alloc);
+  EXPECT_EQ(content(), before);
+  EXPECT_TRUE(others().empty());
+  book->allPersons().remove(much.get());
+  book->addPerson(record("UID:bob\r\nN:Lee;Bob;;;\r\n").get());
+  ASSERT_TRUE(book->saveNow());
+  EXPECT_EQ(trash()->allPersonsCount(), 2U);
 }
 
 TEST_F(KRTrashAddressBookTest, AFileOfAnEarlierTimeIsStillRead) {
