@@ -1,7 +1,8 @@
 #include "platform/KRBinaryPlist.h"
 
+#include <algorithm>
 #include <bit>
-#include <cstring>
+#include <new>
 
 #include "platform/KRBinaryPlistReader.h"
 #include "platform/KRBinaryPlistWriter.h"
@@ -14,95 +15,113 @@ std::string KRBinaryPlist::write() const {
   return KRBinaryPlistWriter(*this).write();
 }
 
-const KRBinaryPlist::Value* KRBinaryPlist::valueOf(Node node, Kind kind) const noexcept {
-  if (node >= values_.size() || values_[node].kind != static_cast<uint8_t>(kind)) return nullptr;
-  return &values_[node];
+KRBinaryPlist::Value KRBinaryPlist::value(Node node) const noexcept {
+  const uint64_t read = source_.count();
+  if (node >= read) return node - read < values_.size() ? values_[node - read] : Value();
+  const Value value = source_.find(node).value;
+  return value.home == Value::Wide ? wideText(node) : value;
+}
+
+KRBinaryPlist::Value KRBinaryPlist::wideText(Node node) const noexcept {
+  const auto known = std::lower_bound(wide_.begin(), wide_.end(), node,
+                                      [](const Wide& each, Node sought) { return each.node < sought; });
+  Value text;
+  text.kind = static_cast<uint8_t>(Kind::Text);
+  text.bits = known->place;
+  text.size = known->size & 0xFFFFFFFFFFFFU;
+  text.home = Value::Own;
+  return text;
+}
+
+uint64_t KRBinaryPlist::bitsOf(Node node, Kind kind) const noexcept {
+  const Value found = value(node);
+  return found.is(kind) ? found.bits : 0;
 }
 
 std::string_view KRBinaryPlist::bytesOf(const Value& value) const noexcept {
-  const std::string_view all = value.isOwn != 0 ? std::string_view(own_) : source_;
+  const std::string_view all = value.home == Value::Own ? std::string_view(own_) : source_.bytes();
   return {all.data() + value.bits, static_cast<size_t>(value.size)};
 }
 
+KRBinaryPlist::Links KRBinaryPlist::linksOf(const Value& value) const noexcept {
+  if (value.home != Value::Own) return source_.links(value);
+  const size_t count = value.linkCount();
+  return count == 0 ? Links() : Links(links_.data() + value.bits, count);
+}
+
 KRBinaryPlist::Kind KRBinaryPlist::kind(Node node) const noexcept {
-  return node < values_.size() ? static_cast<Kind>(values_[node].kind) : Kind::Null;
+  return static_cast<Kind>(value(node).kind);
 }
 
 bool KRBinaryPlist::truth(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Truth);
-  return value != nullptr && value->bits != 0;
+  return bitsOf(node, Kind::Truth) != 0;
 }
 
 int64_t KRBinaryPlist::integer(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Integer);
-  return value != nullptr ? static_cast<int64_t>(value->bits) : 0;
+  return static_cast<int64_t>(bitsOf(node, Kind::Integer));
 }
 
 uint64_t KRBinaryPlist::unsignedInteger(Node node) const noexcept {
-  if (const Value* value = valueOf(node, Kind::Unsigned)) return value->bits;
   const int64_t number = integer(node);
-  return number < 0 ? 0 : static_cast<uint64_t>(number);
+  return number > 0 ? static_cast<uint64_t>(number) : bitsOf(node, Kind::Unsigned);
 }
 
 double KRBinaryPlist::real(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Real);
-  return value != nullptr ? std::bit_cast<double>(uint64_t{value->bits}) : 0;
+  return std::bit_cast<double>(bitsOf(node, Kind::Real));
 }
 
 double KRBinaryPlist::instant(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Instant);
-  return value != nullptr ? std::bit_cast<double>(uint64_t{value->bits}) : 0;
+  return std::bit_cast<double>(bitsOf(node, Kind::Instant));
 }
 
 uint64_t KRBinaryPlist::uid(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Uid);
-  return value != nullptr ? value->bits : 0;
+  return bitsOf(node, Kind::Uid);
 }
 
 KRText KRBinaryPlist::text(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Text);
-  return value != nullptr ? KRText(bytesOf(*value)) : KRText();
+  const Value found = value(node);
+  return found.is(Kind::Text) ? KRText(bytesOf(found)) : KRText();
 }
 
 std::string_view KRBinaryPlist::data(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Data);
-  return value != nullptr ? bytesOf(*value) : std::string_view();
+  const Value found = value(node);
+  return found.is(Kind::Data) ? bytesOf(found) : std::string_view();
 }
 
-std::span<const KRBinaryPlist::Node> KRBinaryPlist::elements(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Array);
-  if (value == nullptr) return {};
-  return {links_.data() + value->bits, static_cast<size_t>(value->size)};
+KRBinaryPlist::Links KRBinaryPlist::elements(Node node) const noexcept {
+  const Value found = value(node);
+  return found.is(Kind::Array) ? linksOf(found) : Links();
 }
 
-std::span<const KRBinaryPlist::Node> KRBinaryPlist::keys(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Dictionary);
-  if (value == nullptr) return {};
-  return {links_.data() + value->bits, static_cast<size_t>(value->size)};
+KRBinaryPlist::Links KRBinaryPlist::keys(Node node) const noexcept {
+  const Value found = value(node);
+  return found.is(Kind::Dictionary) ? linksOf(found).part(0, found.size) : Links();
 }
 
-std::span<const KRBinaryPlist::Node> KRBinaryPlist::values(Node node) const noexcept {
-  const Value* value = valueOf(node, Kind::Dictionary);
-  if (value == nullptr) return {};
-  return {links_.data() + value->bits + value->size, static_cast<size_t>(value->size)};
+KRBinaryPlist::Links KRBinaryPlist::values(Node node) const noexcept {
+  const Value found = value(node);
+  return found.is(Kind::Dictionary) ? linksOf(found).part(found.size, found.size) : Links();
 }
 
 KRBinaryPlist::Node KRBinaryPlist::find(Node dictionary, KRText key) const noexcept {
-  const std::span<const Node> all = keys(dictionary);
-  for (size_t i = 0; i < all.size(); ++i) {
-    if (sameText(text(all[i]), key)) return values(dictionary)[i];
+  const Value found = value(dictionary);
+  if (!found.is(Kind::Dictionary)) return kNone;
+  const Links all = linksOf(found);
+  for (size_t i = 0; i < found.size; ++i) {
+    if (sameText(text(all[i]), key)) return all[found.size + i];
   }
   return kNone;
 }
 
-KRBinaryPlist::Node KRBinaryPlist::add(Kind kind, uint64_t bits, uint64_t size, bool isOwn) {
+KRBinaryPlist::Node KRBinaryPlist::add(Kind kind, uint64_t bits, uint64_t size) {
+  if (count() == kNone) throw std::bad_alloc();
   Value value;
   value.bits = bits;
   value.size = size & 0xFFFFFFFFFFFFU;
   value.kind = static_cast<uint8_t>(kind);
-  value.isOwn = isOwn ? 1 : 0;
+  value.home = Value::Own;
   values_.push_back(value);
-  return static_cast<Node>(values_.size() - 1);
+  return static_cast<Node>(count() - 1);
 }
 
 KRBinaryPlist::Node KRBinaryPlist::addNull() {
@@ -136,13 +155,13 @@ KRBinaryPlist::Node KRBinaryPlist::addUid(uint64_t value) {
 KRBinaryPlist::Node KRBinaryPlist::addText(KRText text) {
   const size_t place = own_.size();
   own_.append(text.view());
-  return add(Kind::Text, place, text.size(), true);
+  return add(Kind::Text, place, text.size());
 }
 
 KRBinaryPlist::Node KRBinaryPlist::addData(std::string_view bytes) {
   const size_t place = own_.size();
   own_.append(bytes);
-  return add(Kind::Data, place, bytes.size(), true);
+  return add(Kind::Data, place, bytes.size());
 }
 
 KRBinaryPlist::Node KRBinaryPlist::addArray(std::span<const Node> elements) {

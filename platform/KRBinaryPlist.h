@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/KRBinaryPlistSource.h"
+#include "platform/KRBinaryPlistValue.h"
 #include "platform/KRText.h"
 
 /// A property list in memory, read from and written to the binary format ("bplist00"): dictionaries with text keys,
@@ -17,9 +19,10 @@
 /// several times are kept once, and no walk over the file recurses. New values can be added to a list that was read;
 /// only what the root leads to is written.
 ///
+/// What was read is looked at where it stands in the bytes, and takes no memory beside them but for texts in UTF-16.
 /// Reading checks every offset, place, type and count; a list that is damaged in any way is nothing. Objects that
 /// overlap, containers that hold themselves, and keys that are no texts count as damage. Time and memory of reading and
-/// of writing are linear in the size.
+/// of writing are linear in the size. Adding the value of the place `kNone` throws `std::bad_alloc`.
 ///
 /// Reading a value under a kind that it does not have gives zero, nothing or none. A `const` list may be read from
 /// several threads at once.
@@ -29,21 +32,8 @@ class KRBinaryPlist {
   using Node = uint32_t;
   static constexpr Node kNone = 0xFFFFFFFFU;
 
-  enum class Kind : uint8_t {
-    Null,
-    Truth,
-    Integer,
-    /// An integer above the largest `int64_t`.
-    Unsigned,
-    Real,
-    /// Seconds since 2001-01-01 00:00:00 UTC.
-    Instant,
-    Data,
-    Text,
-    Uid,
-    Array,
-    Dictionary,
-  };
+  using Kind = KRBinaryPlistKind;
+  using Links = KRBinaryPlistLinks;
 
   /// An empty list, whose root is `kNone`.
   KRBinaryPlist() = default;
@@ -58,7 +48,7 @@ class KRBinaryPlist {
   Node root() const noexcept { return root_; }
   void setRoot(Node root) noexcept { root_ = root; }
   /// How many values the table has.
-  size_t count() const noexcept { return values_.size(); }
+  size_t count() const noexcept { return source_.count() + values_.size(); }
 
   Kind kind(Node node) const noexcept;
   bool truth(Node node) const noexcept;
@@ -74,10 +64,10 @@ class KRBinaryPlist {
   /// Valid until a value is added.
   std::string_view data(Node node) const noexcept;
   /// The elements of an array. Valid until a value is added.
-  std::span<const Node> elements(Node node) const noexcept;
+  Links elements(Node node) const noexcept;
   /// The keys of a dictionary, and the values in the order of the keys. Valid until a value is added.
-  std::span<const Node> keys(Node node) const noexcept;
-  std::span<const Node> values(Node node) const noexcept;
+  Links keys(Node node) const noexcept;
+  Links values(Node node) const noexcept;
   /// The value under a key of a dictionary, `kNone` when it is not there. Of two equal keys the first counts. Linear.
   Node find(Node dictionary, KRText key) const noexcept;
 
@@ -99,23 +89,30 @@ class KRBinaryPlist {
   friend class KRBinaryPlistReader;
   friend class KRBinaryPlistWriter;
 
-  /// Sixteen bytes. `bits` is the number itself, or where bytes or links begin.
-  struct Value {
-    uint64_t bits = 0;
-    /// Bytes of a text or of data, elements of an array, pairs of a dictionary (its keys, then its values).
-    uint64_t size : 48 = 0;
-    uint64_t kind : 8 = 0;
-    /// Whether the bytes stand in `own_`, not in the bytes read.
-    uint64_t isOwn : 8 = 0;
+  using Value = KRBinaryPlistValue;
+
+  /// A text that was read from UTF-16: where it stands in `own_`.
+  struct Wide {
+    Node node = kNone;
+    uint64_t place = 0;
+    uint64_t size = 0;
   };
 
-  Node add(Kind kind, uint64_t bits, uint64_t size = 0, bool isOwn = false);
-  const Value* valueOf(Node node, Kind kind) const noexcept;
+  Node add(Kind kind, uint64_t bits, uint64_t size = 0);
+  /// The value at the place; null where there is none.
+  Value value(Node node) const noexcept;
+  Value wideText(Node node) const noexcept;
+  /// The bits of a value of that kind, 0 for others.
+  uint64_t bitsOf(Node node, Kind kind) const noexcept;
   std::string_view bytesOf(const Value& value) const noexcept;
+  Links linksOf(const Value& value) const noexcept;
 
-  std::string_view source_;
+  KRBinaryPlistSource source_;
+  /// In the order of their places.
+  std::vector<Wide> wide_;
   std::string own_;
   std::vector<Node> links_;
+  /// The values that were added, behind those that were read.
   std::vector<Value> values_;
   Node root_ = kNone;
 };

@@ -5,12 +5,12 @@
 #include <cstring>
 #include <new>
 
+#include "platform/KRBinaryPlistValue.h"
+
 namespace {
 
-constexpr std::string_view kMagic = "bplist00";
 /// A marker, and the integer that holds a count behind it.
 constexpr size_t kMostOfMarker = 1 + 1 + 8;
-constexpr size_t kTrailer = 32;
 
 /// How many bytes the format gives to a number: 1, 2, 4 or 8.
 unsigned sizeOf(uint64_t value) {
@@ -50,8 +50,8 @@ char* store(char* to, uint64_t value, unsigned size) noexcept {
 }  // namespace
 
 KRBinaryPlistBytes::KRBinaryPlistBytes(unsigned referenceSize) : referenceSize_(referenceSize) {
-  reserve(kMagic.size());
-  putBytes(kMagic);
+  reserve(kKRBinaryPlistMagic.size());
+  putBytes(kKRBinaryPlistMagic);
 }
 
 unsigned KRBinaryPlistBytes::referenceSizeFor(size_t count) noexcept {
@@ -162,7 +162,7 @@ void KRBinaryPlistBytes::removeLast() noexcept {
 KRBuffer KRBinaryPlistBytes::finish(Number root) {
   const uint64_t tableOffset = bytes_.size();
   const unsigned offsetSize = sizeOf(tableOffset);
-  const size_t size = bytes_.size() + count() * offsetSize + kTrailer;
+  const size_t size = bytes_.size() + count() * offsetSize + kKRBinaryPlistTrailerSize;
   if (!bytes_.reserve(size)) throw std::bad_alloc();
   putTable(offsetSize);
   // Six bytes without meaning.

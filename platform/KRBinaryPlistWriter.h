@@ -21,7 +21,7 @@ class KRBinaryPlistWriter {
 
  private:
   using Node = KRBinaryPlist::Node;
-  using Value = KRBinaryPlist::Value;
+  using Value = KRBinaryPlistValue;
 
   void numberValues();
   void numberLinks(const Value& value);
@@ -33,7 +33,7 @@ class KRBinaryPlistWriter {
 
   void writeValue(const Value& value, KRBinaryPlistBytes& bytes);
   /// The numbers of what a container holds; valid until the next call.
-  std::span<const Node> numbersOf(const Value& value, size_t count);
+  std::span<const Node> numbersOf(const Value& container);
 
   const KRBinaryPlist& list_;
   /// The number of each value in the file, `kNone` for those that have none (yet).

@@ -78,15 +78,15 @@ KRValue KRKeyedUnarchiver::decodePlace(uint64_t place) {
   // The text of the first place may serve as a text elsewhere, where it does not mean nothing.
   const uint32_t first = firstPlace_[place] == 0 ? static_cast<uint32_t>(place) : firstPlace_[place];
   Entry& entry = entries_[first];
-  if (entry.state == State::Busy) {
+  if (entry.is(State::Busy)) {
     // A record that leads back to itself: fine when its decoder has told the object, else there is none to give.
     return entry.value.isNothing() ? damaged() : entry.value;
   }
-  if (entry.state == State::Untouched) decodeEntry(first);
+  if (entry.is(State::Untouched)) decodeEntry(first);
   expanded_ += entry.expanded;
-  height_ = std::max(height_, entry.height);
+  height_ = std::max(height_, entry.depth());
   // What was decoded nearer to the root may stand too deep here.
-  if (expanded_ > largestExpanded_ || depth_ + entry.height > kDeepest) return damaged();
+  if (expanded_ > largestExpanded_ || depth_ + entry.depth() > kDeepest) return damaged();
   return failed_ ? KRValue() : entry.value;
 }
 
@@ -94,26 +94,26 @@ void KRKeyedUnarchiver::decodeEntry(uint32_t place) {
   Entry& entry = entries_[place];
   const Node node = objects_[place];
   if (plist_.kind(node) != KRBinaryPlist::Kind::Dictionary) {
-    entry.value = plainValue(node);
-    entry.state = State::Done;
+    entry.value = newPlainValue(node);
+    entry.become(State::Done);
     return;
   }
   if (depth_ == kDeepest) {
     failed_ = true;
     return;
   }
-  entry.state = State::Busy;
+  entry.become(State::Busy);
   ++depth_;
-  const Node outerRecord = std::exchange(record_, node);
+  const Record outerRecord = std::exchange(record_, {plist_.keys(node), plist_.values(node)});
   const uint32_t outerPlace = std::exchange(place_, place);
   const uint64_t outerExpanded = std::exchange(expanded_, 1);
   const int outerHeight = std::exchange(height_, 0);
-  KRValue value = decodeRecord(node);
+  KRValue value = decodeRecord();
   if (value.isNothing()) failed_ = true;
   entry.value = std::move(value);
-  entry.expanded = expanded_;
-  entry.height = height_ + 1;
-  entry.state = State::Done;
+  entry.expanded = expanded_ & 0xFFFFFFFFFFFFFU;
+  entry.height = static_cast<unsigned>(height_ + 1) & 0x3FFU;
+  entry.become(State::Done);
   height_ = outerHeight;
   expanded_ = outerExpanded;
   place_ = outerPlace;
@@ -121,27 +121,29 @@ void KRKeyedUnarchiver::decodeEntry(uint32_t place) {
   --depth_;
 }
 
-KRValue KRKeyedUnarchiver::plainValue(Node node) {
-  const auto known = plainValues_.find(node);
-  if (known != plainValues_.end()) return known->second;
-  KRValue value;
+KRValue KRKeyedUnarchiver::newPlainValue(Node node) {
   switch (plist_.kind(node)) {
     case KRBinaryPlist::Kind::Truth:
     case KRBinaryPlist::Kind::Integer:
     case KRBinaryPlist::Kind::Real:
-      return krPlainValueOfPlist(plist_, node);
     case KRBinaryPlist::Kind::Data:
     case KRBinaryPlist::Kind::Text:
-      value = krPlainValueOfPlist(plist_, node);
-      plainValues_.emplace(node, value);
-      return value;
+      return krPlainValueOfPlist(plist_, node);
     default:
       return damaged();
   }
 }
 
-KRValue KRKeyedUnarchiver::decodeRecord(Node record) {
-  const Class recordClass = classOf(record);
+KRValue KRKeyedUnarchiver::plainValue(Node node) {
+  const KRBinaryPlist::Kind kind = plist_.kind(node);
+  if (kind != KRBinaryPlist::Kind::Data && kind != KRBinaryPlist::Kind::Text) return newPlainValue(node);
+  const auto [known, isNew] = plainValues_.try_emplace(node);
+  if (isNew) known->second = newPlainValue(node);
+  return known->second;
+}
+
+KRValue KRKeyedUnarchiver::decodeRecord() {
+  const Class recordClass = classOfRecord();
   switch (recordClass.kind) {
     case Kind::List:
       return decodeList();
@@ -171,9 +173,9 @@ KRValue KRKeyedUnarchiver::decodeOwn(const KRArchiveClass& own) {
   return own.decode == nullptr ? damaged() : KRValue(own.decode(*this));
 }
 
-std::span<const KRBinaryPlist::Node> KRKeyedUnarchiver::elements(KRText key) {
-  const Node array = plist_.find(record_, key);
-  const std::span<const Node> all = plist_.elements(array);
+KRBinaryPlist::Links KRKeyedUnarchiver::elements(KRText key) {
+  const Node array = find(key);
+  const KRBinaryPlist::Links all = plist_.elements(array);
   if (plist_.kind(array) != KRBinaryPlist::Kind::Array || all.size() > elementsLeft_) {
     failed_ = true;
     return {};
@@ -183,7 +185,7 @@ std::span<const KRBinaryPlist::Node> KRKeyedUnarchiver::elements(KRText key) {
 }
 
 KRValue KRKeyedUnarchiver::decodeList() {
-  const std::span<const Node> nodes = elements(format::kElementsKey);
+  const KRBinaryPlist::Links nodes = elements(format::kElementsKey);
   std::vector<KRValue> values;
   values.reserve(nodes.size());
   for (const Node node : nodes) {
@@ -194,8 +196,8 @@ KRValue KRKeyedUnarchiver::decodeList() {
 }
 
 KRValue KRKeyedUnarchiver::decodeMap() {
-  const std::span<const Node> keys = elements(format::kKeysKey);
-  const std::span<const Node> values = elements(format::kElementsKey);
+  const KRBinaryPlist::Links keys = elements(format::kKeysKey);
+  const KRBinaryPlist::Links values = elements(format::kElementsKey);
   if (failed_ || keys.size() != values.size()) return damaged();
   std::vector<KRValueMap::Entry> entries;
   entries.reserve(keys.size());
@@ -225,11 +227,11 @@ KRValue KRKeyedUnarchiver::decodeCalendarDate() {
   return date ? KRValue(*date) : damaged();
 }
 
-KRKeyedUnarchiver::Class KRKeyedUnarchiver::classOf(Node record) {
-  const Node reference = plist_.find(record, format::kClassKey);
+KRKeyedUnarchiver::Class KRKeyedUnarchiver::classOfRecord() {
+  const Node reference = find(format::kClassKey);
   if (plist_.kind(reference) != KRBinaryPlist::Kind::Uid) return {};
   const Node classRecord = resolved(reference);
-  const auto [known, isNew] = classOfRecord_.try_emplace(classRecord);
+  const auto [known, isNew] = classOfClassRecord_.try_emplace(classRecord);
   if (isNew) known->second = classOfClassRecord(classRecord);
   return known->second;
 }
@@ -239,7 +241,7 @@ KRKeyedUnarchiver::Class KRKeyedUnarchiver::classOfClassRecord(Node classRecord)
   const Class named = classOfName(name);
   if (named.kind != Kind::Unknown) return named;
   // A class that is not known reads as the nearest one above it that is.
-  const std::span<const Node> chain = plist_.elements(plist_.find(classRecord, format::kClassesKey));
+  const KRBinaryPlist::Links chain = plist_.elements(plist_.find(classRecord, format::kClassesKey));
   for (size_t i = 0; i < chain.size() && i < kLongestChain; ++i) {
     const Class base = classOfName(plist_.text(chain[i]));
     if (base.kind != Kind::Unknown) return base;
@@ -272,19 +274,32 @@ KRBinaryPlist::Node KRKeyedUnarchiver::resolved(Node node) const {
   return place == 0 || place >= objects_.size() ? KRBinaryPlist::kNone : objects_[place];
 }
 
+KRText KRKeyedUnarchiver::textOfKey(Node key) const {
+  Key& known = keys_[key % keys_.size()];
+  if (known.node != key) known = {key, plist_.text(key)};
+  return known.text;
+}
+
+KRBinaryPlist::Node KRKeyedUnarchiver::find(KRText key) const {
+  for (size_t i = 0; i < record_.keys.size(); ++i) {
+    if (sameText(textOfKey(record_.keys[i]), key)) return record_.values[i];
+  }
+  return KRBinaryPlist::kNone;
+}
+
 KRBinaryPlist::Node KRKeyedUnarchiver::field(KRText key) const {
-  return resolved(plist_.find(record_, key));
+  return resolved(find(key));
 }
 
 bool KRKeyedUnarchiver::contains(KRText key) const {
   std::string room;
-  return plist_.find(record_, format::escaped(key, room)) != KRBinaryPlist::kNone;
+  return find(format::escaped(key, room)) != KRBinaryPlist::kNone;
 }
 
 KRValue KRKeyedUnarchiver::decode(KRText forKey) {
   if (failed_) return {};
   std::string room;
-  const Node node = plist_.find(record_, format::escaped(forKey, room));
+  const Node node = find(format::escaped(forKey, room));
   return node == KRBinaryPlist::kNone ? KRValue() : decodeNode(node);
 }
 
@@ -312,5 +327,5 @@ std::optional<double> KRKeyedUnarchiver::decodeNumber(KRText forKey) const {
 }
 
 void KRKeyedUnarchiver::setObject(KRRef<KRObject> object) {
-  if (record_ != KRBinaryPlist::kNone) entries_[place_].value = std::move(object);
+  if (place_ != 0) entries_[place_].value = std::move(object);
 }

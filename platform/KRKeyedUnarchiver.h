@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -76,10 +77,14 @@ class KRKeyedUnarchiver {
   struct Entry {
     KRValue value;
     /// How many values it would be if nothing was shared.
-    uint64_t expanded = 1;
-    /// How deep records stand in it, itself included.
-    int height = 0;
-    State state = State::Untouched;
+    uint64_t expanded : 52 = 1;
+    /// How deep records stand in it, itself included: at most one more than `kDeepest`.
+    uint64_t height : 10 = 0;
+    uint64_t state : 2 = static_cast<uint64_t>(State::Untouched);
+
+    bool is(State sought) const noexcept { return state == static_cast<uint64_t>(sought); }
+    void become(State next) noexcept { state = static_cast<uint64_t>(next) & 0x3U; }
+    int depth() const noexcept { return static_cast<int>(height); }
   };
 
   KRKeyedUnarchiver(const KRBinaryPlist& plist, size_t size, std::span<const KRArchiveClass> classes);
@@ -88,35 +93,54 @@ class KRKeyedUnarchiver {
   KRValue decodeNode(Node node);
   KRValue decodePlace(uint64_t place);
   void decodeEntry(uint32_t place);
-  /// A value without references, made once for each node.
+  /// A value without references.
+  KRValue newPlainValue(Node node);
+  /// The same for one that stands in a record or a list itself, not at a place: texts and bytes are made once.
   KRValue plainValue(Node node);
-  KRValue decodeRecord(Node record);
+  KRValue decodeRecord();
   KRValue decodeList();
   KRValue decodeMap();
   KRValue decodeInstant();
   KRValue decodeCalendarDate();
   KRValue decodeOwn(const KRArchiveClass& own);
-  Class classOf(Node record);
+  /// The class of the record being decoded.
+  Class classOfRecord();
   Class classOfName(KRText name) const;
   Class classOfClassRecord(Node classRecord) const;
-  /// The field of the record being decoded, with the references in it followed, or `kNone`.
+  /// What stands under a key of the record being decoded, `kNone` where nothing does. Of two equal keys the first
+  /// counts.
+  Node find(KRText key) const;
+  KRText textOfKey(Node key) const;
+  /// The same with the references in it followed.
   Node field(KRText key) const;
   Node resolved(Node node) const;
   /// The elements of the array under a key of the format's own; damage when there is none.
-  std::span<const Node> elements(KRText key);
+  KRBinaryPlist::Links elements(KRText key);
   KRValue damaged();
 
   const KRBinaryPlist& plist_;
   std::unordered_map<KRText, const KRArchiveClass*, KRTextHash, KRTextEqual> own_;
-  std::unordered_map<Node, Class> classOfRecord_;
+  std::unordered_map<Node, Class> classOfClassRecord_;
   std::unordered_map<Node, KRValue> plainValues_;
-  std::span<const Node> objects_;
+  KRBinaryPlist::Links objects_;
   /// For every place, the first place with the same node: a record is decoded once however many places name it.
   std::vector<uint32_t> firstPlace_;
   std::vector<Entry> entries_;
-  /// The record being decoded, and its place.
-  Node record_ = KRBinaryPlist::kNone;
+  /// A record: its keys, and its values in their order.
+  struct Record {
+    KRBinaryPlist::Links keys;
+    KRBinaryPlist::Links values;
+  };
+  struct Key {
+    Node node = KRBinaryPlist::kNone;
+    KRText text;
+  };
+
+  /// The record being decoded, and its place; the first place, which no record has, when there is none.
+  Record record_;
   uint32_t place_ = 0;
+  /// Texts of keys, each where its node's lowest bits say: nearly all records have the same few.
+  mutable std::array<Key, 64> keys_;
   /// How many elements may still be decoded: arrays that many records share must not multiply.
   uint64_t elementsLeft_;
   uint64_t expanded_ = 0;

@@ -42,7 +42,7 @@ class Reader {
     if (known != extents_.end()) return known->second;
     Extent extent;
     if (depth > kKRDeepestPlistValue) return {kKRLargestPlistValue + 1, extent.height};
-    for (const std::span<const Node> all : {plist_.elements(node), plist_.values(node)}) {
+    for (const KRBinaryPlist::Links& all : {plist_.elements(node), plist_.values(node)}) {
       for (const Node each : all) {
         const Extent part = extentOf(each, depth + 1);
         extent.size = std::min(extent.size + part.size, kKRLargestPlistValue + 1);

@@ -98,6 +98,51 @@ TEST(KRBinaryPlistReader, RefusesReferencesToNoObjectAndKeysThatAreNoTexts) {
   EXPECT_FALSE(isGood(fileOf(object({0xD1, 0, 2, 0, 1, 0x51, 'k', 0x09}), {8, 13, 15})));
 }
 
+/// ["a", {"k": true}], with offsets and references of the sizes; `high` is added to the reference to "a".
+std::string fileWithSizes(int offsetSize, int referenceSize, uint64_t high = 0) {
+  std::string file = "bplist00";
+  std::vector<uint64_t> offsets;
+  const auto begin = [&](const std::string& bytes) {
+    offsets.push_back(file.size());
+    file += bytes;
+  };
+  begin("\xA2");
+  appendNumber(file, high + 1, referenceSize);
+  appendNumber(file, 2, referenceSize);
+  begin(
+      "\x51"
+      "a");
+  begin("\xD1");
+  appendNumber(file, 3, referenceSize);
+  appendNumber(file, 4, referenceSize);
+  begin(
+      "\x51"
+      "k");
+  begin("\x09");
+  const size_t table = file.size();
+  for (const uint64_t offset : offsets) appendNumber(file, offset, offsetSize);
+  file += std::string(6, '\0') + static_cast<char>(offsetSize) + static_cast<char>(referenceSize);
+  for (const uint64_t number : {uint64_t{offsets.size()}, uint64_t{0}, uint64_t{table}}) appendNumber(file, number, 8);
+  return file;
+}
+
+TEST(KRBinaryPlistReader, ReadsOffsetsAndReferencesOfEverySize) {
+  for (int offsetSize = 1; offsetSize <= 8; ++offsetSize) {
+    for (int referenceSize = 1; referenceSize <= 8; ++referenceSize) {
+      const std::string file = fileWithSizes(offsetSize, referenceSize);
+      const auto plist = KRBinaryPlist::read(file);
+      ASSERT_TRUE(plist) << offsetSize << " " << referenceSize;
+      EXPECT_EQ(KRPlistTrees::textOf(*plist), "[s61,{s6b:t,},]") << offsetSize << " " << referenceSize;
+    }
+  }
+}
+
+TEST(KRBinaryPlistReader, RefusesReferencesWhoseLowBytesAloneNameAnObject) {
+  for (int size = 2; size <= 8; ++size) {
+    EXPECT_FALSE(isGood(fileWithSizes(1, size, uint64_t{1} << (8 * (size - 1))))) << size;
+  }
+}
+
 TEST(KRBinaryPlistReader, RefusesContainersThatHoldThemselves) {
   EXPECT_FALSE(isGood(fileOf(object({0xA1, 0, 0}), {8})));
   EXPECT_FALSE(isGood(fileOf(object({0xA1, 0, 1, 0xA1, 0, 0}), {8, 11})));
