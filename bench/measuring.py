@@ -27,15 +27,17 @@ class IdleMemory:
         self.place = 0
         self.buffer = bytearray(1 << 20)
 
-    def fill(self, command):
+    def fill(self, command, folder=None):
         """What a program left behind is filled again from where the last call ended: there lie the pages that went first.
-        The files among the words of the command are read once more, so that none has to come from the disk."""
+        The files among the words of the command and those in the folder are read once more, so that none has to come from
+        the disk."""
         cached = 0
         while self.file and cached < self.CACHED_AT_MOST:
             before = self.free()
             self.read_piece()
             cached = 0 if before - self.free() > self.PIECE // 2 else cached + 1
-        for path in filter(os.path.isfile, command):
+        left = pathlib.Path(folder).rglob("*") if folder else []
+        for path in filter(os.path.isfile, [*command, *left]):
             self.read_through(path)
 
     def read_piece(self):

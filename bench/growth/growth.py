@@ -78,7 +78,7 @@ def measure(steps, sizes, rounds, words):
                         continue
                     say(f"Round {number + 1} of {rounds}: {size:,} contacts, {step.title}")
                     command = [words.program, step.name, book]
-                    memory.fill(command)
+                    memory.fill(command, folder)
                     step.runs.setdefault(size, []).append(measured_in(folder, command, 1))
     end_saying()
 

@@ -122,7 +122,11 @@ Measured saveTrash(const std::string& path) {
 }
 
 Measured loadTrash(const std::string&) {
-  return timed([] { return krMake<KRTrashAddressBook>()->allPersonsCount(); });
+  KRRef<KRTrashAddressBook> trash;
+  return timed([&] {
+    trash = krMake<KRTrashAddressBook>();
+    return trash->allPersonsCount();
+  });
 }
 
 KRRef<KRSQLiteLibrary> library(KRSQLiteLibrary::Mode mode) {
