@@ -23,10 +23,9 @@ MOST = 2.3  # how much longer a step may take for twice as many contacts
 
 @dataclasses.dataclass
 class Step:
-    """A kind of work, its name in the program, and the largest book that it gets."""
+    """A kind of work, and its name in the program."""
     title: str
     name: str
-    largest: int = SIZES[-1]
     runs: dict = dataclasses.field(default_factory=dict)
 
     def seconds(self, size):
@@ -37,8 +36,6 @@ class Step:
         return self.seconds(size) / self.seconds(size // 2) if size // 2 in self.runs else None
 
 
-# A trash is an archive of objects, some ten kilobytes of memory a contact while it is written.
-TRASH = 1_000_000
 STEPS = [
     Step("load", "load"),
     Step("find", "find"),
@@ -46,8 +43,8 @@ STEPS = [
     Step("ignore all findings", "ignore"),
     Step("delete all duplicates", "delete"),
     Step("merge all of one name", "merge"),
-    Step("save a trash of all", "trash-save", TRASH),
-    Step("load that trash", "trash-load", TRASH),
+    Step("save a trash of all", "trash-save"),
+    Step("load that trash", "trash-load"),
     Step("save into SQLite", "library-save"),
     Step("load from SQLite", "library-load"),
 ]
@@ -74,8 +71,6 @@ def measure(steps, sizes, rounds, words):
             book = made_book(words.books, size)
             with tempfile.TemporaryDirectory(dir=words.books) as folder:
                 for step in steps:
-                    if size > step.largest:
-                        continue
                     say(f"Round {number + 1} of {rounds}: {size:,} contacts, {step.title}")
                     command = [words.program, step.name, book]
                     memory.fill(command, folder)
@@ -87,9 +82,6 @@ def rows(steps, sizes):
     for step in steps:
         row = [step.title]
         for size in sizes:
-            if size not in step.runs:
-                row += ["", ""]
-                continue
             ratio = step.ratio(size)
             row += [f"{step.seconds(size):.2f}", "" if ratio is None else f"{ratio:.2f}"]
         yield row
