@@ -12,7 +12,7 @@ std::optional<KRBinaryPlist> KRBinaryPlist::read(std::string_view bytes) {
 }
 
 std::string KRBinaryPlist::write() const {
-  return KRBinaryPlistWriter(*this).write();
+  return std::string(KRBinaryPlistWriter(*this).write().view());
 }
 
 KRBinaryPlist::Value KRBinaryPlist::value(Node node) const noexcept {

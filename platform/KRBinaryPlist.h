@@ -39,7 +39,7 @@ class KRBinaryPlist {
   KRBinaryPlist() = default;
 
   /// The list in the bytes, or nothing when they are damaged. The list looks at the bytes as long as it lives: they are
-  /// the caller's to keep.
+  /// the caller's to keep, unchanged.
   static std::optional<KRBinaryPlist> read(std::string_view bytes);
 
   /// The binary form of what the root leads to. Equal scalars are written once. Empty when there is no root.

@@ -18,7 +18,7 @@
 /// added; who wants them once looks at what was written (`from`) and takes the last one back.
 ///
 /// Every `add` throws `std::bad_alloc` where there is no memory, and where there are as many values as references of
-/// the size can name; then nothing was added. One thread at a time.
+/// the size can name (256, 65,536, or 4,294,967,295); then nothing was added. One thread at a time.
 class KRBinaryPlistBytes {
  public:
   /// Which value it is, in the order in which they were added.

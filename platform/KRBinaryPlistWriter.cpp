@@ -9,13 +9,13 @@ using Kind = KRBinaryPlistKind;
 KRBinaryPlistWriter::KRBinaryPlistWriter(const KRBinaryPlist& list)
     : list_(list), numbers_(list.count(), KRBinaryPlist::kNone) {}
 
-std::string KRBinaryPlistWriter::write() {
+KRBuffer KRBinaryPlistWriter::write() {
   if (list_.root_ >= list_.count()) return {};
   numberValues();
   KRBinaryPlistBytes bytes(KRBinaryPlistBytes::referenceSizeFor(order_.size()));
   // Added in the order of their numbers, the values have the same there.
   for (const Node node : order_) writeValue(list_.value(node), bytes);
-  return std::string(bytes.finish(0).view());
+  return bytes.finish(0);
 }
 
 void KRBinaryPlistWriter::numberValues() {

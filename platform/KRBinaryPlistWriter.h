@@ -1,11 +1,11 @@
 #pragma once
 
 #include <span>
-#include <string>
 #include <vector>
 
 #include "platform/KRBinaryPlist.h"
 #include "platform/KRBinaryPlistBytes.h"
+#include "platform/KRBuffer.h"
 #include "platform/KRHashIndex.h"
 
 /// Writes the binary form of one property list; a part of `KRBinaryPlist`, which is what callers use.
@@ -16,8 +16,8 @@ class KRBinaryPlistWriter {
  public:
   explicit KRBinaryPlistWriter(const KRBinaryPlist& list);
 
-  /// To be called once.
-  std::string write();
+  /// The bytes, none when there is no root. To be called once; throws `std::bad_alloc` where there is no memory.
+  KRBuffer write();
 
  private:
   using Node = KRBinaryPlist::Node;

@@ -36,12 +36,8 @@ class KRHashIndex {
   /// The number that was added under the hash and for which `isSame(number)` is true; `kNone` when there is none.
   template <class IsSame>
   uint32_t find(uint64_t hash, IsSame isSame) const {
-    if (size_ == 0) return kNone;
-    const uint32_t tag = tagOf(hash);
-    for (size_t place = tag & mask(); slots()[place].coded != 0; place = (place + 1) & mask()) {
-      if (slots()[place].tag == tag && isSame(~slots()[place].coded)) return ~slots()[place].coded;
-    }
-    return kNone;
+    const Slot* slot = slotOf(hash, isSame);
+    return slot != nullptr ? ~slot->coded : kNone;
   }
 
   /// The number that `find` most likely answers, or `kNone` where it is sure to answer that.
@@ -59,6 +55,16 @@ class KRHashIndex {
     if (count_ >= most(size_)) resize(size_ == 0 ? 64 : size_ * 2);
     put({tagOf(hash), ~number});
     ++count_;
+  }
+
+  /// Puts a number in the place of one that `find` answers, or adds it where there is none.
+  template <class IsSame>
+  void replace(uint64_t hash, uint32_t number, IsSame isSame) {
+    if (Slot* slot = slotOf(hash, isSame)) {
+      slot->coded = ~number;
+    } else {
+      add(hash, number);
+    }
   }
 
   /// Makes room for so many numbers in all. Room that is not used costs next to nothing.
@@ -80,6 +86,16 @@ class KRHashIndex {
   size_t most(size_t size) const noexcept { return fill_ == Fill::Half ? size / 2 : size / 4 * 3; }
   size_t mask() const noexcept { return size_ - 1; }
   Slot* slots() const noexcept { return static_cast<Slot*>(memory_.data()); }
+
+  template <class IsSame>
+  Slot* slotOf(uint64_t hash, IsSame isSame) const {
+    if (size_ == 0) return nullptr;
+    const uint32_t tag = tagOf(hash);
+    for (size_t place = tag & mask(); slots()[place].coded != 0; place = (place + 1) & mask()) {
+      if (slots()[place].tag == tag && isSame(~slots()[place].coded)) return slots() + place;
+    }
+    return nullptr;
+  }
 
   void put(Slot slot) noexcept {
     size_t place = slot.tag & mask();

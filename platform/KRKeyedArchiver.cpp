@@ -1,11 +1,12 @@
 #include "platform/KRKeyedArchiver.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include "platform/KRArchiveFormat.h"
 #include "platform/KRBinaryPlist.h"
+#include "platform/KRBinaryPlistWriter.h"
+#include "platform/KRFatal.h"
 #include "platform/KRHash.h"
 
 namespace format = KRArchiveFormat;
@@ -42,10 +43,8 @@ bool isContainerOrData(const KRObject& object) {
 /// An archive with references, and an order, that fit its size.
 KRBuffer smallest(KRBuffer archive) {
   const auto list = KRBinaryPlist::read(archive);
-  if (!list) return archive;
-  KRBuffer small;
-  if (!small.append(list->write())) throw std::bad_alloc();
-  return small;
+  if (!list) KRFatal("an archive was written that cannot be read");
+  return KRBinaryPlistWriter(*list).write();
 }
 
 }  // namespace
@@ -127,7 +126,8 @@ KRKeyedArchiver::Number KRKeyedArchiver::referenceToObject(KRObject* object) {
   KRRef<KRObject> kept(object);
   if (!canArchive(kept)) return referenceToNothing();
   const Number made = newReference(kNone);
-  queueIndex_.add(hash, static_cast<uint32_t>(queue_.size()));
+  // At the same address one may have stood that was let go of.
+  queueIndex_.replace(hash, static_cast<uint32_t>(queue_.size()), [&](uint32_t number) { return !queue_[number]; });
   queue_.push_back(std::move(kept));
   queueReferences_.append(made);
   return made;

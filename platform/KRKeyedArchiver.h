@@ -29,8 +29,9 @@
 /// time is linear in what is written.
 ///
 /// Values go into the file's bytes as they are met, with references of four bytes, and what is kept besides is a few
-/// numbers for each: a large archive takes little more memory than its bytes. One of at most 65,536 values is brought
-/// into the smallest form that the format has for it, in which it begins with the root and goes on level by level.
+/// numbers for each: a large archive takes little more memory than its bytes. One for which at most 65,536 values were
+/// met is brought into the smallest form that the format has for it, in which it begins with the root and goes on level
+/// by level; while that is made, its bytes are there twice.
 ///
 /// Where there is no memory for the archive, or it would have more than 4,294,967,295 values, `std::bad_alloc` is
 /// thrown.
@@ -47,7 +48,7 @@ class KRKeyedArchiver {
   static bool canArchive(const KRValue& value);
 
   // For `encodeWithCoder`: fields of the object whose body is being written. A key that is encoded again replaces the
-  // former value.
+  // former value. A key that is nothing is the empty one.
 
   /// (written form: `encodeObject:forKey:`) Nothing is written too, as "$null": the key is there when read.
   void encode(const KRValue& value, KRText forKey);

@@ -16,6 +16,9 @@ namespace {
 /// No chain of classes is longer; what follows is not looked at.
 constexpr size_t kLongestChain = 32;
 
+/// Bytes of a map's key that count as a value more.
+constexpr size_t kBytesOfValue = 64;
+
 /// Values that may always be reached when shared ones are counted at every place, whatever the size of the archive.
 constexpr uint64_t kFreelyExpanded = uint64_t{16} << 20U;
 
@@ -23,7 +26,10 @@ constexpr uint64_t kFreelyExpanded = uint64_t{16} << 20U;
 
 KRKeyedUnarchiver::KRKeyedUnarchiver(const KRBinaryPlist& plist, size_t size, std::span<const KRArchiveClass> classes)
     : plist_(plist), elementsLeft_(size), largestExpanded_(kFreelyExpanded + uint64_t{size} * 16) {
-  for (const KRArchiveClass& each : classes) own_.emplace(each.name, &each);
+  for (const KRArchiveClass& each : classes) {
+    own_.emplace(each.name, &each);
+    longestName_ = std::max(longestName_, each.name.size());
+  }
 }
 
 std::optional<KRValue> KRKeyedUnarchiver::unarchive(std::string_view data, std::span<const KRArchiveClass> classes) {
@@ -204,6 +210,9 @@ KRValue KRKeyedUnarchiver::decodeMap() {
   std::unordered_set<KRString, KRTextHash, KRTextEqual> known;
   for (size_t i = 0; i < keys.size(); ++i) {
     KRString key = decodeNode(keys[i]).text();
+    // Keys are looked at as a whole in each map, however many maps share them.
+    expanded_ += key.size() / kBytesOfValue;
+    if (expanded_ > largestExpanded_) return damaged();
     if (key.isNothing() || !known.insert(key).second) return damaged();
     entries.push_back({std::move(key), decodeNode(values[i])});
     if (failed_) return {};
@@ -261,7 +270,8 @@ KRKeyedUnarchiver::Class KRKeyedUnarchiver::classOfName(KRText name) const {
       {"NSMutableString", Kind::Text}, {format::kCalendarDate, Kind::CalendarDate},
   };
   if (name.isNothing()) return {};
-  const auto own = own_.find(name);
+  // A name of megabytes, which many records may share, is not hashed for each.
+  const auto own = name.size() <= longestName_ ? own_.find(name) : own_.end();
   if (own != own_.end()) return {Kind::Own, own->second};
   const auto known =
       std::find_if(std::begin(kKnown), std::end(kKnown), [&](const auto& each) { return each.name == name; });

@@ -27,7 +27,8 @@ struct KRArchiveClass {
 /// Lists (NSArray, NSMutableArray) become `KRValueList`, maps with text keys (NSDictionary, NSMutableDictionary)
 /// `KRValueMap`, bytes (plain, NSData, NSMutableData) `KRData`, texts (plain, NSString, NSMutableString) text; an
 /// NSDate becomes the calendar date that it has in UTC. Every other class is looked up in the caller's table. An object
-/// that is referred to from several places is decoded once and shared.
+/// that is referred to from several places is decoded once and shared; bytes that also stand in a record without a
+/// reference become a second object.
 ///
 /// A damaged archive is nothing, whatever the damage: a broken property list, a reference to no object, a class that
 /// is unknown, a decoder that refuses. Time and memory are linear in the size of the archive, whatever it holds; what
@@ -119,6 +120,8 @@ class KRKeyedUnarchiver {
   KRValue damaged();
 
   const KRBinaryPlist& plist_;
+  /// Bytes of the longest name in the caller's table.
+  size_t longestName_ = 0;
   std::unordered_map<KRText, const KRArchiveClass*, KRTextHash, KRTextEqual> own_;
   std::unordered_map<Node, Class> classOfClassRecord_;
   std::unordered_map<Node, KRValue> plainValues_;

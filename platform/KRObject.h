@@ -42,7 +42,8 @@ class KRObject {
     if (count_.fetch_add(1, std::memory_order_relaxed) == 0) firstReference();
   }
 
-  /// Whether there is no reference but one: who has that can let the object go, and nobody meets it again.
+  /// Whether there is no reference but one: whoever has that can let the object go, and nobody meets it again. Another
+  /// object may get its address then.
   bool hasOneReference() const noexcept { return count_.load(std::memory_order_acquire) == 1; }
 
   void release() const noexcept {

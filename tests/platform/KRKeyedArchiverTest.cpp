@@ -335,6 +335,14 @@ TEST(KRKeyedArchiver, LetsGoOfListsThatNobodyElseHasAndTakesNoLaterOneForThem) {
   EXPECT_EQ(plist->elements(plist->find(plist->root(), "$objects")).size(), 1U + (kLinks + 1) + kLinks + 2);
 }
 
+TEST(KRKeyedArchiver, TakesAKeyThatIsNothingForTheEmptyOne) {
+  EXPECT_EQ(krSeenByPeer(KRKeyedArchiver::archivedData(krMake<Encoder>([](KRKeyedArchiver& coder) {
+              coder.encodeInteger(1, "");
+              coder.encodeInteger(2, nullptr);
+            }))),
+            "Encoder>NSObject{=i2}");
+}
+
 TEST(KRKeyedArchiver, TellsKeysApartThatStandAtTheSameAddressOneAfterTheOther) {
   EXPECT_EQ(krSeenByPeer(KRKeyedArchiver::archivedData(krMake<Encoder>([](KRKeyedArchiver& coder) {
               std::string key = "a";

@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "tests/support/KRArchivedNode.h"
 #include "tests/support/KRProcessorTime.h"
@@ -56,6 +58,44 @@ TEST(KRKeyedArchiverTime, IsLinearInTheNumberOfObjects) {
   EXPECT_LT(many.read / few.read, 10) << few.read << " " << many.read;
   RecordProperty("write", std::to_string(many.write));
   RecordProperty("read", std::to_string(many.read));
+}
+
+/// An object that makes bytes for being encoded only, which are let go of once they are written.
+class Passing : public KRObject {
+ public:
+  explicit Passing(KRRef<Passing> next) : next_(std::move(next)) {}
+  KRText archiveClassName() const override { return "Passing"; }
+  void encodeWithCoder(KRKeyedArchiver& coder) const override {
+    coder.encode(krMake<KRData>("bytes"), "bytes");
+    coder.encode(next_, "next");
+  }
+
+ private:
+  KRRef<Passing> next_;
+};
+
+/// The best time of three for so many objects, each of which is met when the one before is written.
+double timeForChain(int count) {
+  std::vector<KRRef<Passing>> all;
+  for (int i = 0; i < count; ++i) all.push_back(krMake<Passing>(all.empty() ? nullptr : all.back()));
+  double best = 1e9;
+  for (int run = 0; run < 3; ++run) {
+    const double start = krProcessorSeconds();
+    EXPECT_FALSE(KRKeyedArchiver::archive(all.back()).isEmpty());
+    best = std::min(best, krProcessorSeconds() - start);
+  }
+  // The longest chain would let go of its objects by recursion.
+  while (!all.empty()) {
+    const KRRef<Passing> last = std::move(all.back());
+    all.pop_back();
+  }
+  return best;
+}
+
+TEST(KRKeyedArchiverTime, IsLinearWhereObjectsGetTheAddressesOfOthersThatWereLetGoOf) {
+  const double few = timeForChain(10000);
+  const double many = timeForChain(40000);
+  EXPECT_LT(many / few, 10) << few << " " << many;
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "tests/support/KRArchivedNode.h"
+#include "tests/support/KRProcessorTime.h"
 #include "tests/support/KRTestFolder.h"
 #include "tests/support/KRTestPaths.h"
 
@@ -296,6 +297,49 @@ TEST(KRKeyedUnarchiver, RefusesArraysThatManyRecordsShare) {
   for (int i = 0; i < 10000; ++i) lists.push_back(build.addRecord(listClass, {{"NS.objects", shared}}));
   const auto all = build.addRecord(listClass, {{"NS.objects", build.array(lists)}});
   EXPECT_EQ(build.described(all), "damaged");
+}
+
+/// So many maps of one entry, whose key is one text of a megabyte that all share.
+std::optional<KRValue> mapsWithOneKey(int count) {
+  Builder build;
+  const std::string longText(1U << 20U, 'k');
+  const auto key = build.add(build.plist().addText(std::string_view(longText)));
+  const auto mapClass = build.addClass({"NSDictionary", "NSObject"});
+  const auto listClass = build.addClass({"NSArray", "NSObject"});
+  std::vector<uint32_t> maps;
+  for (int i = 0; i < count; ++i) {
+    maps.push_back(build.addRecord(mapClass, {{"NS.keys", build.array({key})}, {"NS.objects", build.array({0})}}));
+  }
+  return build.read(build.addRecord(listClass, {{"NS.objects", build.array(maps)}}));
+}
+
+TEST(KRKeyedUnarchiver, RefusesLongKeysThatManyMapsShare) {
+  const auto few = mapsWithOneKey(100);
+  ASSERT_TRUE(few);
+  EXPECT_EQ(few->as<KRValueList>()->values().size(), 100U);
+  EXPECT_FALSE(mapsWithOneKey(4000));
+}
+
+TEST(KRKeyedUnarchiver, TakesNoTimeForLongNamesThatManyClassesShare) {
+  Builder build;
+  const std::string longName(1U << 20U, 'n');
+  const Node name = build.plist().addText(std::string_view(longName));
+  std::vector<Node> names(16, name);
+  names.push_back(build.plist().addText("NSArray"));
+  const Node chain = build.plist().addArray(names);
+  std::vector<uint32_t> lists;
+  for (int i = 0; i < 1000; ++i) {
+    const auto own = build.add(build.dictionary({{"$classes", chain}, {"$classname", name}}));
+    lists.push_back(build.addRecord(own, {{"NS.objects", build.array({})}}));
+  }
+  const auto listClass = build.addClass({"NSArray", "NSObject"});
+  const std::string archive = build.archive(build.addRecord(listClass, {{"NS.objects", build.array(lists)}}));
+  const double start = krProcessorSeconds();
+  const auto read = KRKeyedUnarchiver::unarchive(archive, KRArchivedNode::classes());
+  // Seventeen gigabytes of names take longer than a second.
+  EXPECT_LT(krProcessorSeconds() - start, 0.5);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->as<KRValueList>()->values().size(), 1000U);
 }
 
 TEST(KRKeyedUnarchiver, DecodesARecordOnceHoweverManyPlacesNameIt) {
